@@ -1,0 +1,52 @@
+// SyncPanelLog.h - the client's diagnostic log files, one a severity.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace spdlog {
+class logger;
+}
+
+namespace Drive {
+
+enum class LogSeverity : int {
+  kNet = 0,
+  kDebug = 1,
+  kInfo = 2,
+  kSync = 3,
+  kUi = 4,
+  kError = 5,
+  kFileInfo = 6
+};
+
+// Writes each severity to its own rotating file (5 MiB, 3 kept) in one folder.
+//
+// A file is opened with its first line. A line that cannot be written is dropped: the log of faults must not
+// become one. Lines are flushed as they are written.
+// Thread-safety: every operation may be called from any thread. Lifetime: the instance is never destroyed.
+class SyncPanelLog {
+ public:
+  static SyncPanelLog& GetInstance();
+
+  // Appends one line: time, severity's logger name, location, line, text.
+  void Output(LogSeverity severity, int line, const std::string& location, const std::string& text);
+
+  // Writes to files in this folder from now on. Default: "TalvikCloud/logs" in the user's local application
+  // data.
+  void SetFolder(const std::wstring& folder);
+
+ private:
+  SyncPanelLog();
+  std::shared_ptr<spdlog::logger> Logger(LogSeverity severity);
+
+  std::map<LogSeverity, std::wstring> m_fileNames;
+  std::map<LogSeverity, std::string> m_loggerNames;
+  std::mutex m_mutex;  // guards what follows
+  std::wstring m_folder;
+  std::map<LogSeverity, std::shared_ptr<spdlog::logger>> m_loggers;
+};
+
+}  // namespace Drive

@@ -1,0 +1,1 @@
+# The library as hosts link it: drivelog::drivelog.

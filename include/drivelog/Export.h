@@ -1,0 +1,14 @@
+// Export.h - marks what the library shows to its host.
+#pragma once
+
+#if defined(_WIN32)
+#if defined(DRIVELOG_BUILDING)
+#define DRIVELOG_API __declspec(dllexport)
+#elif defined(DRIVELOG_STATIC)
+#define DRIVELOG_API
+#else
+#define DRIVELOG_API __declspec(dllimport)
+#endif
+#else
+#define DRIVELOG_API __attribute__((visibility("default")))
+#endif

@@ -1,0 +1,28 @@
+// DeviceDescription.h - what records and headers say about system, device and brand.
+#pragma once
+
+#include <json/value.h>
+
+#include <string>
+
+#include "platform/System.h"
+
+namespace Drive::Bilog {
+
+// Name and version of the operating system: "Microsoft Windows NT 10.0.22631.0".
+std::wstring GetOsVersionName();
+
+// "Win64" on a 64-bit system, otherwise "Win32".
+std::wstring GetSystemModel();
+
+// `text` with the brand description behind it: ";DEVICE_BRAND:...;APP_BRAND_ID:..." and so on.
+std::string WithBrandText(std::string text);
+
+// Sets the brand description's members in `object`.
+void SetBrandMembers(Json::Value& object);
+
+// How the extension text of a record is sent: as the JSON object that it holds, with the brand members set;
+// otherwise as text, with the brand text behind it unless "DEVICE_BRAND" stands in it already.
+Json::Value MakeExtendJson(const std::wstring& extend);
+
+}  // namespace Drive::Bilog

@@ -1,0 +1,19 @@
+// JsonText.h - JSON values to compact text and back.
+#pragma once
+
+#include <json/value.h>
+
+#include <optional>
+#include <string>
+
+namespace Drive::Bilog {
+
+// One line, no blanks, UTF-8.
+std::string WriteJson(const Json::Value& value);
+
+// The object that `text` holds; nothing when the text is anything else: not JSON, a comment in it, something
+// behind the value, another root than an object, nested deeper than 200 levels, numbers out of range.
+// Never throws.
+std::optional<Json::Value> ParseJsonObject(const std::string& text);
+
+}  // namespace Drive::Bilog
