@@ -1,6 +1,7 @@
 // Clock.h - the time, and waiting for it, behind one seam that tests can replace.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -37,9 +38,9 @@ class WakeSignal {
   void Poke() const;
 
  private:
-  mutable std::mutex m_mutex;  // guards m_raised
+  std::atomic<bool> m_raised{false};
+  mutable std::mutex m_mutex;  // guards nothing but the moment between a waiter's look and its sleep
   mutable std::condition_variable m_changed;
-  bool m_raised = false;
 };
 
 // Tells the time and lets a thread wait for it.

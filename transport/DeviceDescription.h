@@ -3,13 +3,20 @@
 
 #include <json/value.h>
 
+#include <cstdint>
+#include <functional>
 #include <string>
 
 #include "platform/System.h"
 
 namespace Drive::Bilog {
 
-// Name and version of the operating system: "Microsoft Windows NT 10.0.22631.0".
+// Name and version of an operating system: "Microsoft Windows NT 10.0.22631.0"; "Unknow Platform" for one
+// that is not known. `processArchitecture` is the one that the system shows to the process.
+std::wstring OsVersionName(const Platform::OsVersion& version, std::uint32_t processArchitecture,
+                           const std::function<bool()>& isServerR2);
+
+// That of the system in force.
 std::wstring GetOsVersionName();
 
 // "Win64" on a 64-bit system, otherwise "Win32".

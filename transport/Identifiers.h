@@ -20,10 +20,11 @@ std::wstring MakeRecordTime();
 // Identifier of one record: 7_11_1700000000123_48213077.
 std::wstring MakeRandomLogId(int number);
 
-// "004_" and the code padded to five characters; a code that is longer or carries the prefix already is kept.
+// A code of less than five characters padded with "0" to five, with "004_" before it. One of five or more, or
+// with the prefix already, is kept as it is.
 std::wstring MakeResultCode(const std::wstring& code);
 
-// Decimal text, padded with "0" to at least `width` characters.
+// Decimal text of at least `width` characters, padded with "0".
 std::string ZeroPadded(std::uint32_t value, std::size_t width);
 
 }  // namespace Drive::Bilog

@@ -12,8 +12,8 @@ namespace Drive::Bilog {
 std::string WriteJson(const Json::Value& value);
 
 // The object that `text` holds; nothing when the text is anything else: not JSON, a comment in it, something
-// behind the value, another root than an object, nested deeper than 200 levels, numbers out of range.
-// Never throws.
+// behind the value, another root than an object, values more than 200 levels deep, numbers out of range.
+// Of members with the same name the last one counts. Never throws.
 std::optional<Json::Value> ParseJsonObject(const std::string& text);
 
 }  // namespace Drive::Bilog

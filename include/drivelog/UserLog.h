@@ -103,6 +103,8 @@ class DRIVELOG_API UserLog {
   void set_IsMaintenanceLog(int value) { m_isMaintenanceLog = value; }
 
  private:
+  friend struct UserLogFields;  // the library's own access to the texts
+
   int m_id = 0;
   std::wstring m_time;
   std::wstring m_action;

@@ -1,0 +1,68 @@
+#!/usr/bin/env bash
+# test.sh [linux|windows|asan|tsan|all] - sets the machine up, builds, and runs the tests; default linux.
+#
+# Its last line counts the tests of all the builds that were asked for: "N passed, N failed", and
+# ", N skipped" behind it where tests were skipped.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+cd "$root"
+
+case ${1:-linux} in
+  linux) presets=(release) ;;
+  windows | asan | tsan) presets=("$1") ;;
+  all) presets=(release asan tsan windows) ;;
+  *)
+    echo "usage: test.sh [linux|windows|asan|tsan|all]" >&2
+    exit 2
+    ;;
+esac
+
+passed=0
+failed=0
+skipped=0
+broken=0
+
+# The value of one attribute of the report's root element.
+report_value() { # REPORT ATTRIBUTE
+  sed -n '/<testsuite/,/>/s/.*[[:space:]]'"$2"'="\([0-9]*\)".*/\1/p' "$1" | head -n 1
+}
+
+run_preset() { # PRESET
+  local preset=$1 setup=linux launcher=() runner=()
+  [ "$preset" != windows ] || setup=windows
+  scripts/setup.sh "$setup" || return 1
+
+  ! command -v ccache >/dev/null || launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+  cmake --preset "$preset" "${launcher[@]}" || return 1
+  cmake --build --preset "$preset" || return 1
+
+  # ThreadSanitizer's fixed memory layout collides with strong address randomisation.
+  if [ "$preset" = tsan ] && setarch --addr-no-randomize true 2>/dev/null; then
+    runner=(setarch --addr-no-randomize)
+  fi
+  local report=$root/build/$preset/test-report.xml result=0
+  rm -f "$report"
+  "${runner[@]}" ctest --test-dir "build/$preset" --parallel 2 --output-on-failure --no-tests=error \
+    --output-junit "$report" || result=1
+  [ -s "$report" ] || return 1
+
+  local all bad left_out
+  all=$(report_value "$report" tests)
+  bad=$(report_value "$report" failures)
+  left_out=$(($(report_value "$report" skipped) + $(report_value "$report" disabled)))
+  passed=$((passed + all - bad - left_out))
+  failed=$((failed + bad))
+  skipped=$((skipped + left_out))
+  return $result
+}
+
+for preset in "${presets[@]}"; do
+  echo "== $preset"
+  run_preset "$preset" || broken=1
+done
+
+line="$passed passed, $failed failed"
+[ "$skipped" -eq 0 ] || line+=", $skipped skipped"
+[ "$broken" -eq 0 ] || [ "$failed" -ne 0 ] || echo "not everything was built or run" >&2
+echo "$line"
+[ "$broken" -eq 0 ] && [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]

@@ -1,0 +1,36 @@
+// FakeSystem.h - an operating system that answers what a test wants it to.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "platform/System.h"
+
+namespace Drive::Testing {
+
+class FakeSystem : public Platform::System {
+ public:
+  std::optional<Platform::OsVersion> version = Platform::OsVersion{2, 10, 0, 22631, 0, true};
+  std::uint32_t architecture = Platform::kArchitectureX64;
+  bool serverR2 = false;
+  std::wstring roaming = L"roaming";
+  std::wstring local = L"local";
+  std::wstring programFiles = L"programs";
+  std::string model = "Test Machine";
+
+  std::optional<Platform::OsVersion> Version() const override { return version; }
+  std::uint32_t NativeArchitecture() const override { return architecture; }
+  std::uint32_t ProcessArchitecture() const override { return architecture; }
+  bool IsServerR2() const override { return serverR2; }
+  std::wstring RoamingAppDataFolder() const override { return roaming; }
+  std::wstring LocalAppDataFolder() const override { return local; }
+  std::wstring ProgramFilesFolder() const override { return programFiles; }
+  std::wstring ShortPath(const std::wstring& path) const override { return path; }
+  int CreateDirectoryLevels(const std::wstring& path) const override {
+    return Platform::RealSystem().CreateDirectoryLevels(path);
+  }
+  std::string DeviceModel() const override { return model; }
+};
+
+}  // namespace Drive::Testing

@@ -1,0 +1,77 @@
+// JsonText.cpp - JSON values to compact text and back.
+#include "transport/JsonText.h"
+
+#include <json/reader.h>
+#include <json/writer.h>
+
+#include <cmath>
+#include <exception>
+#include <memory>
+#include <sstream>
+
+namespace Drive::Bilog {
+namespace {
+
+constexpr int kMaxLevels = 200;
+
+// Both builders are never destroyed, since detached threads use them until the process is gone.
+
+const Json::StreamWriterBuilder& WriterBuilder() {
+  static const auto& builder = *[] {
+    auto* made = new Json::StreamWriterBuilder;
+    (*made)["indentation"] = "";
+    return made;
+  }();
+  return builder;
+}
+
+const Json::CharReaderBuilder& ReaderBuilder() {
+  static const auto& builder = *[] {
+    auto* made = new Json::CharReaderBuilder;
+    Json::CharReaderBuilder::strictMode(&made->settings_);
+    (*made)["rejectDupKeys"] = false;  // the last one counts
+    (*made)["stackLimit"] = kMaxLevels;
+    return made;
+  }();
+  return builder;
+}
+
+// Some releases of JsonCpp read a number that is too large as infinity.
+bool HasOnlyFiniteNumbers(const Json::Value& value) {
+  if (value.type() == Json::realValue) {
+    return std::isfinite(value.asDouble());
+  }
+  if (value.isArray() || value.isObject()) {
+    for (const Json::Value& member : value) {
+      if (!HasOnlyFiniteNumbers(member)) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+std::string WriteJson(const Json::Value& value) {
+  std::ostringstream text;
+  const std::unique_ptr<Json::StreamWriter> writer(WriterBuilder().newStreamWriter());
+  writer->write(value, &text);
+  return text.str();
+}
+
+std::optional<Json::Value> ParseJsonObject(const std::string& text) {
+  try {
+    const std::unique_ptr<Json::CharReader> reader(ReaderBuilder().newCharReader());
+    Json::Value value;
+    if (!reader->parse(text.data(), text.data() + text.size(), &value, nullptr) || !value.isObject() ||
+        !HasOnlyFiniteNumbers(value)) {
+      return std::nullopt;
+    }
+    return value;
+  } catch (const std::exception&) {  // nested too deeply
+    return std::nullopt;
+  }
+}
+
+}  // namespace Drive::Bilog
