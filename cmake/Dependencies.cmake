@@ -11,10 +11,14 @@ find_package(utf8cpp REQUIRED)
 find_package(spdlog REQUIRED)
 find_package(nng REQUIRED)
 
-# SimpleIni ships no package file.
+# SimpleIni ships no package file. Upstream it is a header; some distributions keep its bodies in a library.
 find_path(SIMPLEINI_INCLUDE_DIR SimpleIni.h REQUIRED)
+find_library(SIMPLEINI_LIBRARY NAMES simpleini)
 add_library(drivelog_simpleini INTERFACE)
 target_include_directories(drivelog_simpleini SYSTEM INTERFACE $<BUILD_INTERFACE:${SIMPLEINI_INCLUDE_DIR}>)
+if(SIMPLEINI_LIBRARY)
+  target_link_libraries(drivelog_simpleini INTERFACE ${SIMPLEINI_LIBRARY})
+endif()
 
 include(TargetNames)
 

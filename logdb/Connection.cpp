@@ -70,7 +70,12 @@ Connection::~Connection() {
   if (m_handle == nullptr) return;
   const int code = sqlite3_close_v2(m_handle.release());
   if (code != SQLITE_OK) {
-    m_messages.Error(__LINE__, kCloseLocation, "Close database failed,error code is " + std::to_string(code));
+    try {
+      m_messages.Error(__LINE__, kCloseLocation,
+                       "Close database failed,error code is " + std::to_string(code));
+    } catch (...) {
+      // Only for lack of memory.
+    }
   }
 }
 

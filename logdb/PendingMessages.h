@@ -18,8 +18,12 @@ class PendingMessages {
  public:
   PendingMessages() = default;
   ~PendingMessages() {
-    for (const Message& message : m_messages) {
-      CommLog::GetInstance().PrintLog(message.level, message.line, message.location, message.text);
+    try {
+      for (const Message& message : m_messages) {
+        CommLog::GetInstance().PrintLog(message.level, message.line, message.location, message.text);
+      }
+    } catch (...) {
+      // Only for lack of memory.
     }
   }
   PendingMessages(const PendingMessages&) = delete;

@@ -28,8 +28,8 @@ std::int64_t Distance(std::int64_t from, std::int64_t to) {
 
 std::optional<bool> RowCap::IsReached(sqlite3* connection, const std::string& table, std::int64_t cap) {
   // Two subqueries: each is answered by one end of the b-tree, both in one query would read all rows.
-  const StatementHandle ends = FirstRow(connection, "SELECT (SELECT min(Id) FROM " + table +
-                                                        "),(SELECT max(Id) FROM " + table + ")");
+  const StatementHandle ends =
+      FirstRow(connection, "SELECT (SELECT min(Id) FROM " + table + "),(SELECT max(Id) FROM " + table + ")");
   if (ends == nullptr) return std::nullopt;
   if (sqlite3_column_type(ends.get(), 0) == SQLITE_NULL) return cap <= 0;
   const std::int64_t firstId = sqlite3_column_int64(ends.get(), 0);

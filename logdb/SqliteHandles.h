@@ -18,6 +18,4 @@ struct StatementFinalizer {
 };
 using StatementHandle = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
 
-
-
 }  // namespace Drive::SQLiteDB

@@ -26,10 +26,10 @@ struct TextColumn {
 };
 
 constexpr TextColumn kTextColumns[] = {
-    {1, Fields::kTime},        {2, Fields::kAction},      {3, Fields::kUserId},      {4, Fields::kDevId},
-    {5, Fields::kCode},        {6, Fields::kInfo},        {7, Fields::kExtend},      {8, Fields::kTraceId},
-    {11, Fields::kModel},      {12, Fields::kRomversion}, {13, Fields::kAppversion}, {14, Fields::kReqsize},
-    {15, Fields::kRspsize},    {18, Fields::kCurModule},  {19, Fields::kActiontype}, {20, Fields::kNextModule},
+    {1, Fields::kTime},     {2, Fields::kAction},      {3, Fields::kUserId},      {4, Fields::kDevId},
+    {5, Fields::kCode},     {6, Fields::kInfo},        {7, Fields::kExtend},      {8, Fields::kTraceId},
+    {11, Fields::kModel},   {12, Fields::kRomversion}, {13, Fields::kAppversion}, {14, Fields::kReqsize},
+    {15, Fields::kRspsize}, {18, Fields::kCurModule},  {19, Fields::kActiontype}, {20, Fields::kNextModule},
     {22, Fields::kOprType},
 };
 

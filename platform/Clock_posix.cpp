@@ -20,8 +20,12 @@ class RealClock final : public Clock {
     const time_t seconds = static_cast<time_t>(now / 1000);
     tm local{};
     localtime_r(&seconds, &local);
-    return LocalTime{local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
-                     local.tm_hour,        local.tm_min,     local.tm_sec,
+    return LocalTime{local.tm_year + 1900,
+                     local.tm_mon + 1,
+                     local.tm_mday,
+                     local.tm_hour,
+                     local.tm_min,
+                     local.tm_sec,
                      static_cast<int>(now % 1000)};
   }
 

@@ -18,7 +18,7 @@ class RealClock final : public Clock {
   LocalTime NowLocal() const override {
     SYSTEMTIME local{};
     GetLocalTime(&local);
-    return LocalTime{local.wYear, local.wMonth,  local.wDay,         local.wHour,
+    return LocalTime{local.wYear,   local.wMonth,  local.wDay,         local.wHour,
                      local.wMinute, local.wSecond, local.wMilliseconds};
   }
 

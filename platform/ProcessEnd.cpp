@@ -25,7 +25,8 @@ WakeSignal& EndSignal() {
 
 void ProcessEnd::Begin() {
   steady_clock::rep notBegun = 0;
-  const steady_clock::rep now = std::max<steady_clock::rep>(1, steady_clock::now().time_since_epoch().count());
+  const steady_clock::rep now =
+      std::max<steady_clock::rep>(1, steady_clock::now().time_since_epoch().count());
   if (beganAt.compare_exchange_strong(notBegun, now)) {
     EndSignal().Raise();
   }
@@ -43,7 +44,8 @@ milliseconds ProcessEnd::PatienceLeft() {
   if (OtherThreadsAreGone()) {
     return milliseconds::zero();
   }
-  const steady_clock::duration passed = steady_clock::now().time_since_epoch() - steady_clock::duration(began);
+  const steady_clock::duration passed =
+      steady_clock::now().time_since_epoch() - steady_clock::duration(began);
   return std::max(milliseconds::zero(), kPatience - std::chrono::duration_cast<milliseconds>(passed));
 }
 

@@ -1,10 +1,12 @@
-// System_posix.cpp - the operating system's answers, POSIX: folders as the XDG base directory rules have them.
+// System_posix.cpp - the operating system's answers, POSIX: folders as the XDG base directory rules have
+// them.
 #include <pwd.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 #include <utf8.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -140,7 +142,8 @@ class RealPosixSystem final : public System {
   }
 
   std::string DeviceModel() const override {
-    for (const char* file : {"/sys/devices/virtual/dmi/id/product_name", "/sys/firmware/devicetree/base/model"}) {
+    for (const char* file :
+         {"/sys/devices/virtual/dmi/id/product_name", "/sys/firmware/devicetree/base/model"}) {
       std::ifstream stream(file);
       std::string model;
       std::getline(stream, model);
@@ -163,8 +166,8 @@ std::string LocalEndpoint(const std::string& name) {
     const auto byte = static_cast<unsigned char>(character);
     const bool isPlain = (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') ||
                          (byte >= 'a' && byte <= 'z') || byte == '-' || byte == '_';
-    file += isPlain ? std::string(1, character)
-                    : std::string{'%', kHexDigits[byte / 16], kHexDigits[byte % 16]};
+    file +=
+        isPlain ? std::string(1, character) : std::string{'%', kHexDigits[byte / 16], kHexDigits[byte % 16]};
   }
   const std::string path = PrivateFolder() + file + ".socket";
   return path.size() > kLongestSocketPath ? std::string() : "ipc://" + path;

@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# setup.sh [linux|demo|bench|tidy|windows] - installs what is missing to build, and nothing else.
+# setup.sh [linux|demo|bench|tidy|cross|windows] - installs what is missing to build, and nothing else.
 #
 #   linux    compiler, CMake and the libraries; enough to build and to run the tests (default)
 #   demo     linux, and the two tools with which the demo asks the collector
 #   bench    linux, and the benchmark library
 #   tidy     linux, and the static checker
-#   windows  linux, the cross compiler and Wine, and the libraries built for Windows
+#   cross    linux, the cross compiler, and what the libraries for Windows are built with
+#   windows  cross and Wine, and the libraries built for Windows
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 kind=${1:-linux}
@@ -13,14 +14,16 @@ kind=${1:-linux}
 packages=(g++ cmake ninja-build git
   libsqlite3-dev libcurl4-openssl-dev libjsoncpp-dev zlib1g-dev libssl-dev libutfcpp-dev libsimpleini-dev
   libspdlog-dev libnng-dev libcpp-httplib-dev libcli11-dev libgtest-dev)
+cross_packages=(g++-mingw-w64-x86-64-posix dpkg-dev gcc make perl tcl libfmt-dev googletest)
 case $kind in
   linux) ;;
   demo) packages+=(curl jq) ;;
   bench) packages+=(libbenchmark-dev) ;;
   tidy) packages+=(clang-tidy) ;;
-  windows) packages+=(g++-mingw-w64-x86-64-posix wine64) ;;
+  cross) packages+=("${cross_packages[@]}") ;;
+  windows) packages+=("${cross_packages[@]}" wine64) ;;
   *)
-    echo "usage: setup.sh [linux|demo|bench|tidy|windows]" >&2
+    echo "usage: setup.sh [linux|demo|bench|tidy|cross|windows]" >&2
     exit 2
     ;;
 esac

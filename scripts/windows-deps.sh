@@ -11,7 +11,7 @@
 #
 # Everything lives in one cache folder:
 #
-#   windows-sources/             the source packages, and in `versions` what was taken (written last)
+#   windows-sources/             the source packages, and in `versions` what was taken
 #   windows-deps-<key>/          a complete prefix; the key covers all versions, the compiler and this script
 #   windows-deps-<key>.partial/  a prefix in the making; .built/ names the libraries that are done
 #   windows-deps-<key>.build/    unpacked sources and the logs, removed when all is done
@@ -25,38 +25,15 @@ readonly kCache=${DRIVELOG_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/drivelog}
 readonly kSources=$kCache/windows-sources
 
 # Source packages in the order of their building, each with the oldest version that serves.
-readonly kSourcePackages=(zlib=1.2.13 openssl=3.0 curl=7.88 sqlite3=3.40 libjsoncpp=1.9.5 nng=1.5)
-readonly kHeaderPackages=(libutfcpp-dev libsimpleini-dev libcli11-dev libcpp-httplib-dev libspdlog-dev libfmt-dev
-                          googletest)
-readonly kToolPackages=(g++-mingw-w64-x86-64-posix gcc libc6-dev make cmake ninja-build perl tcl dpkg-dev)
+readonly kSourcePackages=(zlib=1.2.13 openssl=3.0 curl=7.88 sqlite3=3.40 libjsoncpp=1.9.5 nng=1.5 cpp-httplib=0.11)
+readonly kDevelopmentPackages=(libutfcpp-dev libsimpleini-dev libcli11-dev libspdlog-dev libfmt-dev googletest)
+readonly kCompilerPackage=g++-mingw-w64-x86-64-posix
 
 say() { echo "windows-deps: $*" >&2; }
 
 fail() {
   say "$*"
   exit 1
-}
-
-# --- what the machine has ---------------------------------------------------------------------------------------
-
-# Prints "package version" for each installed one; packages that are not installed are left out.
-installed_versions() {
-  dpkg-query -W -f '${db:Status-Abbrev} ${Package} ${Version}\n' "$@" 2>/dev/null |
-    awk '$1 == "ii" { print $2, $3 }' || true
-}
-
-install_missing_packages() {
-  local present missing=() package root=()
-  present=$(installed_versions "$@")
-  for package in "$@"; do
-    grep -qF "$package " <<<"$present" || missing+=("$package")
-  done
-  ((${#missing[@]})) || return 0
-  say "installing ${missing[*]}"
-  ((EUID == 0)) || root=(sudo)
-  step apt-update "${root[@]}" apt-get update
-  step apt-install "${root[@]}" env DEBIAN_FRONTEND=noninteractive \
-    apt-get install -y --no-install-recommends "${missing[@]}"
 }
 
 # Runs a command quietly, in a subshell; when it fails the script ends, and report_end shows the end of the log.
@@ -91,11 +68,12 @@ prepare_private_apt() {
   mkdir -p "$private_apt"/{parts,lists/partial,cache/archives/partial}
   eval "$(apt-config shell LIST Dir::Etc::sourcelist/f PARTS Dir::Etc::sourceparts/d)"
   for file in "$LIST" "$PARTS"/*.list; do
-    [[ ! -f $file ]] || sed -nE 's/^[[:space:]]*deb([[:space:]])/deb-src\1/p' "$file" |
-      cat >"$private_apt/parts/$(basename "$file")"
+    [[ -f $file ]] || continue
+    sed -nE 's/^[[:space:]]*deb([[:space:]])/deb-src\1/p' "$file" >"$private_apt/parts/${file##*/}"
   done
   for file in "$PARTS"/*.sources; do
-    [[ ! -f $file ]] || sed -E 's/^Types:.*/Types: deb-src/' "$file" >"$private_apt/parts/$(basename "$file")"
+    [[ -f $file ]] || continue
+    sed -E 's/^Types:.*/Types: deb-src/' "$file" >"$private_apt/parts/${file##*/}"
   done
   apt_options=(-o Dir::Etc::sourcelist=/dev/null -o "Dir::Etc::sourceparts=$private_apt/parts"
                -o "Dir::State::lists=$private_apt/lists" -o "Dir::Cache=$private_apt/cache")
@@ -109,7 +87,7 @@ fetch_source() {
   for version in $(apt-cache "${apt_options[@]}" madison "$package" | awk '{ print $3 }' | sort -ruV); do
     dpkg --compare-versions "${version#*:}" ge "$oldest" || continue
     if apt-get "${apt_options[@]}" -q source --download-only --only-source "$package=$version"; then
-      echo "$package $version" >>versions.new
+      echo "$package $version" >>versions
       return 0
     fi
     echo "$package $version cannot be had, trying the next older one"
@@ -120,15 +98,30 @@ fetch_source() {
 
 fetch_all_sources() {
   local entry
-  rm -rf "$kSources"
-  mkdir -p "$kSources"
-  cd "$kSources"
+  rm -rf "$kSources.partial"
+  mkdir "$kSources.partial"
+  cd "$kSources.partial"
   # An archive of somebody else that carries no sources must not stop us.
   apt-get "${apt_options[@]}" -q update || echo "not every archive answered"
   for entry in "${kSourcePackages[@]}"; do
     fetch_source "${entry%%=*}" "${entry#*=}"
   done
-  mv versions.new versions
+  rm -rf "$kSources"
+  mv -T "$kSources.partial" "$kSources"
+}
+
+# The version of a source package that was taken; nothing when none was.
+taken_version() {
+  awk -v name="$1" '$1 == name { print $2 }' "$kSources/versions"
+}
+
+have_sources() {
+  local entry version
+  [[ -f $kSources/versions ]] || return 1
+  for entry in "${kSourcePackages[@]}"; do
+    version=$(taken_version "${entry%%=*}")
+    [[ -n $version ]] && dpkg --compare-versions "${version#*:}" ge "${entry#*=}" || return 1
+  done
 }
 
 fetch_sources() {
@@ -141,7 +134,7 @@ fetch_sources() {
 # --- the libraries ----------------------------------------------------------------------------------------------
 # Each function runs in the library's unpacked source and installs into $partial.
 
-readonly kCFlags="-O2 -ffile-prefix-map=$kCache=."
+readonly kCFlags="-O2 -DNDEBUG -ffile-prefix-map=$kCache=."
 
 cmake_install() {
   cmake -S "$1" -B cross-build -G Ninja \
@@ -199,6 +192,11 @@ build_nng() {
   cmake_install . -DNNG_TESTS=OFF -DNNG_TOOLS=OFF -DNNG_ENABLE_HTTP=OFF
 }
 
+# The development package declares what a shared library of Linux defines; the source package's header is whole.
+build_cpp-httplib() {
+  install -D -m 644 -t "$partial/include" httplib.h
+}
+
 build_googletest() {
   cmake_install /usr/src/googletest -DBUILD_GMOCK=OFF
 }
@@ -219,7 +217,7 @@ END
 
 build_headers() {
   mkdir -p "$partial/include"
-  cp -r /usr/include/utf8cpp /usr/include/SimpleIni.h /usr/include/CLI /usr/include/httplib.h /usr/include/spdlog \
+  cp -r /usr/include/utf8cpp /usr/include/SimpleIni.h /usr/include/CLI /usr/include/spdlog \
     /usr/include/fmt "$partial/include"
   header_package utf8cpp utf8cpp::utf8cpp include/utf8cpp
   header_package CLI11 CLI11::CLI11 include
@@ -241,7 +239,7 @@ build() {
 
 build_in() {
   local name=$1 source=$2 version
-  version=$(awk -v name="$name" '$1 == name { print $2 }' "$kSources/versions")
+  version=$(taken_version "$name")
   if [[ -n $version ]]; then
     dpkg-source --no-copy -x "$kSources/${name}_${version#*:}.dsc" "$source"
   else
@@ -257,7 +255,9 @@ build_in() {
 describe() {
   [[ -f $kSources/versions ]] || return 0
   cat "$kSources/versions"
-  installed_versions g++-mingw-w64-x86-64-posix "${kHeaderPackages[@]}" | sort
+  # Packages that are not installed are left out.
+  dpkg-query -W -f '${db:Status-Abbrev} ${Package} ${Version}\n' "$kCompilerPackage" "${kDevelopmentPackages[@]}" \
+    2>/dev/null | awk '$1 == "ii" { print $2, $3 }' | sort || true
   echo "recipe $(sha256sum <"${BASH_SOURCE[0]}" | cut -c 1-12)"
 }
 
@@ -265,14 +265,6 @@ set_prefix() {
   prefix=$kCache/windows-deps-$(describe | sha256sum | cut -c 1-12)
   partial=$prefix.partial
   build=$prefix.build
-}
-
-have_sources() {
-  local name version
-  [[ -f $kSources/versions ]] || return 1
-  while read -r name version; do
-    [[ -f $kSources/${name}_${version#*:}.dsc ]] || return 1
-  done <"$kSources/versions"
 }
 
 main() {
@@ -292,8 +284,8 @@ main() {
   if [[ $update == yes || ! -d $prefix ]]; then
     mkdir -p "$kCache"
     exec 9>"$kCache/windows-deps.lock"
-    flock -n 9 || { say "waiting for another run to end" && flock 9; }
-    install_missing_packages "${kToolPackages[@]}" "${kHeaderPackages[@]}"
+    flock -n 9 || { say "waiting for another run to end"; flock 9; }
+    "$(dirname "${BASH_SOURCE[0]}")/setup.sh" cross >&2
     if [[ $update == yes ]] || ! have_sources; then
       fetch_sources
     fi
@@ -313,4 +305,4 @@ main() {
   echo "$prefix"
 }
 
-main "$@"
+main "$@"; exit

@@ -70,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(
                  R"({"ResultInfo":{"file_id":)" + std::string(10000, '[') + std::string(10000, ']') + "}}",
                  "="},
         InfoCase{"Megabyte", std::string(1024 * 1024, 'x'), "="}),
-    [](const auto& info) { return info.param.name; });
+    [](const auto& row) { return row.param.name; });
 
 TEST(BiRecordJsonTest, ReplacesLoneSurrogatesAndKeepsTheRest) {
   UserLog record;

@@ -36,6 +36,22 @@ const Json::CharReaderBuilder& ReaderBuilder() {
   return builder;
 }
 
+// JsonCpp's strict mode still takes comments inside of objects and arrays. Outside of strings, a slash can be
+// nothing else.
+bool HasComment(const std::string& text) {
+  bool isInString = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '"') {
+      isInString = !isInString;
+    } else if (text[i] == '\\' && isInString) {
+      ++i;  // whatever is escaped ends no string
+    } else if (text[i] == '/' && !isInString) {
+      return true;
+    }
+  }
+  return false;
+}
+
 // Some releases of JsonCpp read a number that is too large as infinity.
 bool HasOnlyFiniteNumbers(const Json::Value& value) {
   if (value.type() == Json::realValue) {
@@ -61,6 +77,9 @@ std::string WriteJson(const Json::Value& value) {
 }
 
 std::optional<Json::Value> ParseJsonObject(const std::string& text) {
+  if (HasComment(text)) {
+    return std::nullopt;
+  }
   try {
     const std::unique_ptr<Json::CharReader> reader(ReaderBuilder().newCharReader());
     Json::Value value;

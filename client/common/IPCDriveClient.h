@@ -10,19 +10,14 @@ namespace Drive::IPC {
 // The command that asks the main process for a new access token; the reply is the token.
 inline constexpr int kCommandRenewAccessToken = 4;
 
-// Asks the main process. One object belongs to one thread.
+// Asks the main process. Every request is a connection of its own, so the main process may come and go.
+//
+// Thread-safety: every operation may be called from any thread.
 class IPCDriveClient {
  public:
-  IPCDriveClient();
-  ~IPCDriveClient();
-
   // Sends the command and waits for the reply, 5 s at most. False, with `reply` empty, when there is no main
-  // process or it does not answer.
+  // process, it does not answer, or this process begins to end.
   bool GetMessageCommand(std::string& reply, int command, const std::string& payload);
-
- private:
-  struct Connection;
-  std::unique_ptr<Connection> m_connection;
 };
 
 // Answers the other processes; the main process owns one.

@@ -1,6 +1,7 @@
 // SyncPanelLog.h - the client's diagnostic log files, one a severity.
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -22,7 +23,7 @@ enum class LogSeverity : int {
   kFileInfo = 6
 };
 
-// Writes each severity to its own rotating file (5 MiB, 3 kept) in one folder.
+// Writes each severity to its own rotating file (three of 5 MiB) in one folder.
 //
 // A file is opened with its first line. A line that cannot be written is dropped: the log of faults must not
 // become one. Lines are flushed as they are written.
@@ -39,6 +40,11 @@ class SyncPanelLog {
   void SetFolder(const std::wstring& folder);
 
  private:
+  struct Channel {
+    std::shared_ptr<spdlog::logger> logger;  // shared with the threads that write just now
+    std::chrono::steady_clock::time_point nextTry{};
+  };
+
   SyncPanelLog();
   std::shared_ptr<spdlog::logger> Logger(LogSeverity severity);
 
@@ -46,7 +52,7 @@ class SyncPanelLog {
   std::map<LogSeverity, std::string> m_loggerNames;
   std::mutex m_mutex;  // guards what follows
   std::wstring m_folder;
-  std::map<LogSeverity, std::shared_ptr<spdlog::logger>> m_loggers;
+  std::map<LogSeverity, Channel> m_channels;
 };
 
 }  // namespace Drive

@@ -1,0 +1,32 @@
+// OperationEnvelope.h - the body of an operation-log request.
+//
+//   body    zlib( {"header": header, "event": event} )
+//   event   hex( IV || AES-128-CBC( zlib( payload ) ) )            key and IV drawn for each request
+//   header  model/EventJson.h; its "chifer" is RSA-OAEP( hex( AES key ) ) in Base64
+//   IV      16 bytes, in clear
+#pragma once
+
+#include <json/value.h>
+
+#include <string>
+
+#include "drivelog/Events.h"
+
+namespace Drive::OperateLog {
+
+struct OperationEnvelope {
+  enum class Status {
+    kMade,
+    kTooLarge,  // one of the two compressions passed the limit: to be made of fewer records
+    kFailed     // `failure` says why
+  };
+  Status status = Status::kFailed;
+  std::string body;
+  std::string failure;
+};
+
+// `rsaPublicKey` is the hexadecimal text of a PKCS#1 DER key, 540 digits. Throws nothing but std::bad_alloc.
+OperationEnvelope MakeOperationEnvelope(const Header& header, const Json::Value& payload,
+                                        const std::string& rsaPublicKey);
+
+}  // namespace Drive::OperateLog

@@ -1,0 +1,56 @@
+// OperationLoggerManager.h - turns operation events into records, queues them, and saves them to the
+// database.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "bilog/SeparateThreadTimer.h"
+#include "drivelog/OperationLogger.h"
+#include "drivelog/UserLog.h"
+
+namespace Drive::OperateLog {
+
+// The queue between the host's threads and the database, and the timer that empties it: up to 100 records
+// every 10 s, in one batch a table.
+//
+// A batch goes to the operation table, and to the UBA table as well before the login, and after it while the
+// UBA switch is 1. This asymmetry is meant. With the operation switch off it goes nowhere and is lost.
+// Surprises: a record without an action is dropped without a message. A switch that is turned off while a
+//            batch is being saved empties the tables once more.
+// Thread-safety: every operation may be called from any thread.
+// Ownership:     the timer's thread shares the queue, so it never outlives it.
+// Lifetime:      destruction saves everything queued, then stops the timer.
+class OperationLoggerManager {
+ public:
+  OperationLoggerManager();
+  ~OperationLoggerManager();
+  OperationLoggerManager(const OperationLoggerManager&) = delete;
+  OperationLoggerManager& operator=(const OperationLoggerManager&) = delete;
+
+  // Builds the record of an event on the caller's thread and queues it.
+  void AddEvent(OperationBasicEventType event, OperationType type, OperationActionType action,
+                const OperationLogger::Fields& fields);
+
+  // Starts and stops the save timer.
+  void Start();
+  void Stop();
+
+  // Remembers that the user has logged in.
+  void SetLogin();
+
+  // Deletes every stored record of both tables.
+  static void DeleteStoredRecords();
+
+ private:
+  struct Queue;
+  static void SaveUserlogToDb(Queue& queue, std::size_t limit);
+
+  const std::shared_ptr<Queue> m_queue;  // shared with the timer's thread
+  const std::wstring m_systemName;       // of the operating system; the same for every record of the process
+  const std::wstring m_systemModel;
+  Bilog::SeparateThreadTimer m_saveTimer;
+};
+
+}  // namespace Drive::OperateLog

@@ -1,0 +1,143 @@
+// ClientIpcTest.cpp - requests to a main process that answers, hangs, crashes or is not there.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "client/common/IPCDriveClient.h"
+#include "platform/ProcessEnd.h"
+
+namespace Drive::IPC {
+namespace {
+
+using namespace std::chrono_literals;
+
+std::string Echo(int command, const std::string& payload) { return std::to_string(command) + ":" + payload; }
+
+class IpcTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    SetIpcEndpointName("test-" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()));
+  }
+
+  static std::string Ask(int command, const std::string& payload) {
+    std::string reply = "old";
+    return IPCDriveClient().GetMessageCommand(reply, command, payload) ? reply : "failed" + reply;
+  }
+};
+
+TEST_F(IpcTest, TheServersReplyComesBackByteForByte) {
+  const IPCDriveServer server(Echo);
+  ASSERT_TRUE(server.IsListening());
+  const std::string bytes("\0\xFF\n", 3);
+  EXPECT_EQ(Ask(kCommandRenewAccessToken, "Rt Change At"), "4:Rt Change At");
+  EXPECT_EQ(Ask(-2147483647 - 1, bytes), "-2147483648:" + bytes);
+  EXPECT_EQ(Ask(1, ""), "1:");
+  const std::string large(1024 * 1024, 'x');
+  EXPECT_TRUE(Ask(1, large) == "1:" + large);
+}
+
+TEST_F(IpcTest, AHandlerThatThrowsGivesAnEmptyReplyAndTheServerGoesOn) {
+  const IPCDriveServer server([](int command, const std::string& payload) -> std::string {
+    if (command == 0) {
+      throw std::runtime_error("no");
+    }
+    return payload;
+  });
+  EXPECT_EQ(Ask(0, "x"), "");
+  EXPECT_EQ(Ask(1, "x"), "x");
+}
+
+TEST_F(IpcTest, WithoutAServerARequestFailsSoon) {
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(Ask(4, "x"), "failed");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
+}
+
+TEST_F(IpcTest, OneServerAtATimeAndTheNextTakesOver) {
+  {
+    const IPCDriveServer first(Echo);
+    const IPCDriveServer second([](int, const std::string&) { return std::string("second"); });
+    EXPECT_TRUE(first.IsListening());
+    EXPECT_FALSE(second.IsListening());
+    EXPECT_EQ(Ask(4, "x"), "4:x");
+  }
+  EXPECT_EQ(Ask(4, "x"), "failed");
+  const IPCDriveServer third(Echo);
+  EXPECT_EQ(Ask(4, "x"), "4:x");
+}
+
+TEST_F(IpcTest, ManyThreadsAskAtOnce) {
+  const IPCDriveServer server(Echo);
+  std::string replies[8];
+  std::thread threads[8];
+  for (int i = 0; i < 8; ++i) {
+    threads[i] = std::thread([i, &reply = replies[i]] { IPCDriveClient().GetMessageCommand(reply, i, "x"); });
+  }
+  for (int i = 0; i < 8; ++i) {
+    threads[i].join();
+    EXPECT_EQ(replies[i], std::to_string(i) + ":x");
+  }
+}
+
+TEST_F(IpcTest, AServerThatCrashedLeavesThePlaceFree) {
+  SetIpcEndpointName("test-of-a-crash");
+  const auto listenAndCrash = [] {
+    const IPCDriveServer server(Echo);
+    std::_Exit(server.IsListening() ? 0 : 1);
+  };
+  EXPECT_EXIT(listenAndCrash(), testing::ExitedWithCode(0), "");
+  EXPECT_EQ(Ask(4, "x"), "failed");
+  const IPCDriveServer server(Echo);
+  EXPECT_EQ(Ask(4, "x"), "4:x");
+}
+
+// The server's handler never returns, as that of a main process that hangs.
+TEST_F(IpcTest, TheEndOfTheProcessEndsAPendingRequest) {
+  const auto endWhileARequestIsPending = [] {
+    static Platform::WakeSignal& isAsked = *new Platform::WakeSignal;
+    static Platform::WakeSignal& never = *new Platform::WakeSignal;
+    new IPCDriveServer([](int, const std::string&) {
+      isAsked.Raise();
+      never.WaitFor(1h);
+      return std::string();
+    });
+    bool isAnswered = true;
+    std::thread client([&isAnswered] {
+      std::string reply;
+      isAnswered = IPCDriveClient().GetMessageCommand(reply, 4, "x");
+    });
+    isAsked.WaitFor(1min);
+    const auto start = std::chrono::steady_clock::now();
+    Platform::ProcessEnd::Begin();
+    client.join();
+    std::exit(!isAnswered && std::chrono::steady_clock::now() - start < 2s ? 0 : 1);
+  };
+  EXPECT_EXIT(endWhileARequestIsPending(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(IpcTest, AProcessMayEndInTheMiddleOfARequest) {
+  const auto endAtOnce = [] {
+    static Platform::WakeSignal& isAsked = *new Platform::WakeSignal;
+    new IPCDriveServer([](int, const std::string&) {
+      isAsked.Raise();
+      const Platform::WakeSignal never;
+      never.WaitFor(1h);
+      return std::string();
+    });
+    std::thread([] {
+      std::string reply;
+      IPCDriveClient().GetMessageCommand(reply, 4, "x");
+    }).detach();
+    isAsked.WaitFor(1min);
+    std::exit(0);
+  };
+  EXPECT_EXIT(endAtOnce(), testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace Drive::IPC

@@ -1,0 +1,48 @@
+// EndToEndExitTest.cpp - a host may return from main at any moment, and must be gone soon and in good order.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <string>
+
+#include "collector/Collector.h"
+#include "tests/support/TempFolder.h"
+
+namespace Drive {
+namespace {
+
+// How often each way of ending is tried: a few times in a normal run, as often as DRIVELOG_EXIT_RUNS says in a
+// long one.
+int Runs() {
+  const char* runs = std::getenv("DRIVELOG_EXIT_RUNS");
+  return runs == nullptr ? 8 : std::atoi(runs);
+}
+
+class ExitTest : public testing::TestWithParam<const char*> {};
+
+TEST_P(ExitTest, EndsWithinTwoSecondsAndWithoutACrash) {
+  const Testing::TempFolder folder;
+  Collector::Options options;
+  options.dataDir = folder.Path() / "collector";
+  Collector::Collector collector(options);
+  Collector::Fault hang;
+  hang.delay = std::chrono::seconds(30);
+  hang.remaining = 1000000;
+  collector.InjectFault(hang);
+
+  for (int run = 0; run < Runs(); ++run) {
+    const std::string command = std::string(EXIT_WHILE_RUNNING) + " " + GetParam() + " " +
+                                folder.Narrow("run" + std::to_string(run)) + " " + collector.Url() + " " +
+                                collector.CaPath() + " " + std::to_string(run * 3 % 40);
+    const auto begin = std::chrono::steady_clock::now();
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+    const auto took = std::chrono::steady_clock::now() - begin;
+    EXPECT_LT(std::chrono::duration_cast<std::chrono::milliseconds>(took).count(), 2000) << command;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, ExitTest, testing::Values("idle", "upload", "insert"),
+                         [](const auto& row) { return std::string(row.param); });
+
+}  // namespace
+}  // namespace Drive

@@ -1,0 +1,161 @@
+// ExamplesFolderTest.cpp - what the example client finds in a folder, and what it sees happen there.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+
+#include "examples/sync_folder/FolderWalk.h"
+#include "examples/sync_folder/FolderWatch.h"
+#include "tests/support/TempFolder.h"
+
+namespace SyncFolder {
+namespace {
+
+namespace fs = std::filesystem;
+using Drive::Testing::TempFolder;
+
+void WriteFile(const fs::path& path, const std::string& text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+TEST(FolderWalkTest, ShowsEverythingOnceAndOutlivesWhatItCannotRead) {
+  const TempFolder folder;
+  fs::create_directories(folder.Path() / "a" / "deep");
+  fs::create_directories(folder.Path() / "vanishing");
+  WriteFile(folder.Path() / "a" / "deep" / "file.txt", "12345");
+  WriteFile(folder.Path() / "last.txt", "");
+
+  std::vector<std::string> seen;
+  WalkFolder(folder.Path(), [&](const FoundEntry& entry) {
+    if (entry.kind == EntryKind::kFolder && entry.path.filename() == "vanishing") {
+      fs::remove(entry.path);
+    }
+    seen.push_back(entry.path.lexically_relative(folder.Path()).generic_u8string() + ":" +
+                   std::to_string(static_cast<int>(entry.kind)) + ":" + std::to_string(entry.size));
+    return true;
+  });
+
+  std::sort(seen.begin(), seen.end());
+  EXPECT_EQ(seen, (std::vector<std::string>{"a/deep/file.txt:0:5", "a/deep:1:0", "a:1:0", "last.txt:0:0",
+                                            "vanishing:1:0", "vanishing:4:0"}));
+}
+
+TEST(FolderWalkTest, DoesNotFollowLinks) {
+  const TempFolder folder;
+  std::error_code error;
+  fs::create_directory_symlink(folder.Path(), folder.Path() / "loop", error);
+  if (error) {
+    GTEST_SKIP() << "links are not to be had here: " << error.message();
+  }
+  fs::create_symlink("nowhere", folder.Path() / "broken");
+
+  std::size_t links = 0;
+  std::size_t all = 0;
+  WalkFolder(folder.Path(), [&](const FoundEntry& entry) {
+    links += entry.kind == EntryKind::kLink ? 1 : 0;
+    return ++all < 10;
+  });
+  EXPECT_EQ(links, 2U);
+  EXPECT_EQ(all, 2U);
+}
+
+TEST(FolderWalkTest, EndsWhenTheVisitorHasEnough) {
+  const TempFolder folder;
+  for (int i = 0; i < 5; ++i) {
+    WriteFile(folder.Path() / std::to_string(i), "");
+  }
+  std::size_t visits = 0;
+  WalkFolder(folder.Path(), [&](const FoundEntry&) { return ++visits < 3; });
+  EXPECT_EQ(visits, 3U);
+}
+
+TEST(FolderWalkTest, ReportsAFolderThatIsNotThere) {
+  const TempFolder folder;
+  std::vector<EntryKind> kinds;
+  WalkFolder(folder.Path() / "missing", [&](const FoundEntry& entry) {
+    kinds.push_back(entry.kind);
+    return true;
+  });
+  EXPECT_EQ(kinds, std::vector<EntryKind>{EntryKind::kUnreadable});
+}
+
+SnapshotEntry File(std::uintmax_t size, int changed) {
+  return {false, size, fs::file_time_type(std::chrono::seconds(changed))};
+}
+SnapshotEntry Folder(int changed) { return {true, 0, fs::file_time_type(std::chrono::seconds(changed))}; }
+
+struct WatchCase {
+  const char* name;
+  Snapshot before;
+  Snapshot after;
+  std::vector<std::string> changes;  // kind, "/" for a folder, path and old path
+};
+
+std::string Text(const Change& change) {
+  static const char* const kKinds[] = {"created", "edited", "renamed", "moved", "deleted"};
+  std::string text = kKinds[static_cast<int>(change.kind)];
+  text += (change.isFolder ? " /" : " ") + change.path.generic_u8string();
+  return change.oldPath.empty() ? text : text + " < " + change.oldPath.generic_u8string();
+}
+
+TEST(FolderWatchTest, TellsWhatHappenedBetweenTwoLooks) {
+  const std::vector<WatchCase> cases = {
+      {"nothing", {{"a", File(1, 1)}}, {{"a", File(1, 1)}}, {}},
+      {"created", {}, {{"a", File(1, 1)}, {"d", Folder(2)}}, {"created a", "created /d"}},
+      {"deleted", {{"a", File(1, 1)}, {"d", Folder(2)}}, {}, {"deleted /d", "deleted a"}},
+      {"edited: size or time",
+       {{"a", File(1, 1)}, {"b", File(1, 1)}},
+       {{"a", File(2, 1)}, {"b", File(1, 2)}},
+       {"edited a", "edited b"}},
+      {"a folder's time is no edit", {{"d", Folder(1)}}, {{"d", Folder(9)}}, {}},
+      {"renamed", {{"d/a", File(7, 3)}}, {{"d/b", File(7, 3)}}, {"renamed d/b < d/a"}},
+      {"moved", {{"a", File(7, 3)}}, {{"d/a", File(7, 3)}}, {"moved d/a < a"}},
+      {"of two alike the one that kept its name",
+       {{"x", File(7, 3)}, {"z", File(7, 3)}},
+       {{"d/z", File(7, 3)}},
+       {"moved d/z < z", "deleted x"}},
+      {"one gone file explains one new one",
+       {{"a", File(7, 3)}},
+       {{"b", File(7, 3)}, {"c", File(7, 3)}},
+       {"renamed b < a", "created c"}},
+      {"a renamed folder is told once",
+       {{"old", Folder(5)},
+        {"old/a", File(1, 1)},
+        {"old/s", Folder(2)},
+        {"old/s/b", File(2, 2)},
+        {"oldest", File(9, 9)}},
+       {{"new", Folder(5)},
+        {"new/a", File(1, 1)},
+        {"new/s", Folder(2)},
+        {"new/s/b", File(2, 2)},
+        {"oldest", File(9, 9)}},
+       {"renamed /new < old"}},
+      {"a file that became a folder", {{"a", File(0, 1)}}, {{"a", Folder(1)}}, {"created /a", "deleted a"}},
+  };
+  for (const WatchCase& testCase : cases) {
+    std::vector<std::string> texts;
+    for (const Change& change : Compare(testCase.before, testCase.after)) {
+      texts.push_back(Text(change));
+    }
+    std::sort(texts.begin(), texts.end());
+    std::vector<std::string> expected = testCase.changes;
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(texts, expected) << testCase.name;
+  }
+}
+
+TEST(FolderWatchTest, SeesARealRename) {
+  const TempFolder folder;
+  fs::create_directory(folder.Path() / "sub");
+  WriteFile(folder.Path() / "sub" / "one.txt", "text");
+  const Snapshot before = TakeSnapshot(folder.Path());
+  fs::rename(folder.Path() / "sub" / "one.txt", folder.Path() / "sub" / "two.txt");
+
+  const std::vector<Change> changes = Compare(before, TakeSnapshot(folder.Path()));
+  ASSERT_EQ(changes.size(), 1U);
+  EXPECT_EQ(changes[0].kind, ChangeKind::kRenamed);
+  EXPECT_EQ(changes[0].oldPath.filename(), "one.txt");
+}
+
+}  // namespace
+}  // namespace SyncFolder

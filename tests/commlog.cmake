@@ -1,0 +1,1 @@
+drivelog_test(commlog_tests SOURCES CommLogTest.cpp USES drivelog_commlog)

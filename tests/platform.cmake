@@ -1,0 +1,5 @@
+set(platform_sources PlatformClockTest.cpp PlatformProcessEndTest.cpp PlatformSystemTest.cpp)
+if(NOT WIN32)
+  list(APPEND platform_sources PlatformXdgTest.cpp)
+endif()
+drivelog_test(platform_tests SOURCES ${platform_sources} USES drivelog_test_support)

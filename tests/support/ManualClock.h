@@ -1,0 +1,42 @@
+// ManualClock.h - a clock that stands still until the test moves it.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+
+#include "platform/Clock.h"
+
+namespace Drive::Testing {
+
+// Replaces the system's clock while it lives. Starts at 2024-03-05 07:08:09.045 UTC, which is its local time
+// as well.
+//
+// Thread-safety: threads under test call the Clock's operations; the test's own thread calls the others.
+// Lifetime:      every thread that waits on it must have ended before it is destroyed.
+class ManualClock final : public Platform::Clock {
+ public:
+  ManualClock();
+  ~ManualClock() override;
+  ManualClock(const ManualClock&) = delete;
+  ManualClock& operator=(const ManualClock&) = delete;
+
+  std::int64_t NowMilliseconds() const override;
+  Platform::LocalTime NowLocal() const override;
+  bool WaitFor(std::chrono::milliseconds duration, const Platform::WakeSignal& wake) override;
+
+  // Moves the time from deadline to deadline. At each one it wakes the threads that waited for it, and goes
+  // on when every one of them waits on the clock again or has ended. Throws std::runtime_error when they take
+  // longer than 30 s of real time.
+  void Advance(std::chrono::milliseconds duration);
+
+  // Returns when at least `count` threads wait on the clock; throws std::runtime_error after 30 s of real
+  // time.
+  void WaitForWaiters(std::size_t count) const;
+
+ private:
+  struct State;
+  std::shared_ptr<State> m_state;  // shared with the guards that tell the end of a thread
+};
+
+}  // namespace Drive::Testing
