@@ -11,14 +11,11 @@ find_package(utf8cpp REQUIRED)
 find_package(spdlog REQUIRED)
 find_package(nng REQUIRED)
 
-# SimpleIni ships no package file. Upstream it is a header; some distributions keep its bodies in a library.
+# SimpleIni ships no package file. The distribution's header hides the bodies of its templates behind the macro.
 find_path(SIMPLEINI_INCLUDE_DIR SimpleIni.h REQUIRED)
-find_library(SIMPLEINI_LIBRARY NAMES simpleini)
 add_library(drivelog_simpleini INTERFACE)
 target_include_directories(drivelog_simpleini SYSTEM INTERFACE $<BUILD_INTERFACE:${SIMPLEINI_INCLUDE_DIR}>)
-if(SIMPLEINI_LIBRARY)
-  target_link_libraries(drivelog_simpleini INTERFACE ${SIMPLEINI_LIBRARY})
-endif()
+target_compile_definitions(drivelog_simpleini INTERFACE SI_IMPLEMENTATION)
 
 include(TargetNames)
 
@@ -28,6 +25,7 @@ if(DRIVELOG_PROGRAMS OR DRIVELOG_TESTS)
   find_library(HTTPLIB_LIBRARY NAMES cpp-httplib)
   add_library(drivelog_httplib INTERFACE)
   target_include_directories(drivelog_httplib SYSTEM INTERFACE ${HTTPLIB_INCLUDE_DIR})
+  target_compile_definitions(drivelog_httplib INTERFACE CPPHTTPLIB_OPENSSL_SUPPORT CPPHTTPLIB_ZLIB_SUPPORT)
   target_link_libraries(drivelog_httplib INTERFACE OpenSSL::SSL OpenSSL::Crypto ZLIB::ZLIB Threads::Threads)
   if(HTTPLIB_LIBRARY)
     target_link_libraries(drivelog_httplib INTERFACE ${HTTPLIB_LIBRARY})

@@ -45,7 +45,8 @@ unsigned char* Bytes(std::string& text) { return reinterpret_cast<unsigned char*
 
 std::string KeyToPem(const Key& key) {
   const Bio bio(BIO_new(BIO_s_mem()));
-  if (!bio || PEM_write_bio_PKCS8PrivateKey(bio.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) != 1) {
+  if (!bio ||
+      PEM_write_bio_PKCS8PrivateKey(bio.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) != 1) {
     ERR_clear_error();
     throw std::runtime_error("cannot write a private key");
   }
@@ -88,12 +89,12 @@ std::optional<std::string> RsaKey::Decipher(const std::string& cipherText) const
   const KeyContext context(EVP_PKEY_CTX_new(m_key.get(), nullptr));
   std::string text(static_cast<std::size_t>(EVP_PKEY_get_size(m_key.get())), '\0');
   std::size_t length = text.size();
-  const bool done = context && EVP_PKEY_decrypt_init(context.get()) == 1 &&
-                    EVP_PKEY_CTX_set_rsa_padding(context.get(), RSA_PKCS1_OAEP_PADDING) == 1 &&
-                    EVP_PKEY_CTX_set_rsa_oaep_md(context.get(), EVP_sha256()) == 1 &&
-                    EVP_PKEY_CTX_set_rsa_mgf1_md(context.get(), EVP_sha256()) == 1 &&
-                    EVP_PKEY_decrypt(context.get(), Bytes(text), &length, Bytes(cipherText),
-                                     cipherText.size()) == 1;
+  const bool done =
+      context && EVP_PKEY_decrypt_init(context.get()) == 1 &&
+      EVP_PKEY_CTX_set_rsa_padding(context.get(), RSA_PKCS1_OAEP_PADDING) == 1 &&
+      EVP_PKEY_CTX_set_rsa_oaep_md(context.get(), EVP_sha256()) == 1 &&
+      EVP_PKEY_CTX_set_rsa_mgf1_md(context.get(), EVP_sha256()) == 1 &&
+      EVP_PKEY_decrypt(context.get(), Bytes(text), &length, Bytes(cipherText), cipherText.size()) == 1;
   if (!done) {
     ERR_clear_error();
     return std::nullopt;

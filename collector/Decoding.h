@@ -9,7 +9,7 @@ namespace Drive::Collection {
 
 // What is asked of compressed data beyond that it can be decompressed.
 enum class DeflateRule {
-  kAny,        // whatever decompresses, with its check sum right
+  kAny,         // whatever decompresses, with its check sum right
   kAsZlibMakes  // exactly the bytes that zlib makes of the text at its default level
 };
 

@@ -120,7 +120,6 @@ void RequireMembers(const Json::Value& object, const std::string& subject, const
 std::string CompactText(const Json::Value& value) {
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";
-  builder["emitUTF8"] = true;
   return Json::writeString(builder, value);
 }
 

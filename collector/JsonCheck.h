@@ -24,7 +24,7 @@ Json::Value ParseObject(const std::string& text, const char* subject);
 void RequireMembers(const Json::Value& object, const std::string& subject, const Members& required,
                     const Members& optional = {});
 
-// On one line, numbers and texts as they are.
+// On one line, in ASCII.
 std::string CompactText(const Json::Value& value);
 
 }  // namespace Drive::Collection

@@ -92,7 +92,7 @@ int Connection::Execute(const std::string& sql) {
     if (Platform::ProcessEnd::HasBegun()) break;
     code = run();
     if (code != SQLITE_BUSY) break;
-    // The pause behind the last run is meant: whoever calls again at once finds the file free more often.
+    // The pause behind the last run is meant: a caller that tries again at once would meet the same lock.
     Platform::CurrentClock().WaitFor(kPause, Platform::ProcessEnd::Signal());
   }
   if (code != SQLITE_OK) {

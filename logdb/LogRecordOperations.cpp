@@ -109,7 +109,7 @@ void DeleteRows(const std::string& sql, const char* operation, const char* locat
 
 void LogSQLiteDB::InsertUserLogBatch(std::vector<UserLog>& batch, bool uba) {
   PendingMessages messages;
-  KeptRecords& kept = m_tables[uba ? 1 : 0].kept;
+  KeptRecords& kept = TableFor(uba).kept;
   KeptRecords::Moment begun = kept.Now();
   bool isStored = false;
   Guarded(messages, kInsertLocation, m_mutex, [&] {
@@ -143,7 +143,7 @@ bool LogSQLiteDB::StoreBatch(const std::vector<UserLog>& batch, bool uba, Pendin
     return false;  // the failed cut, which is reported, has ended the transaction
 
   // Read behind the beginning: what a deletion discards now, it also waits to delete from the table.
-  KeptRecords& kept = m_tables[uba ? 1 : 0].kept;
+  KeptRecords& kept = TableFor(uba).kept;
   const KeptRecords::Snapshot waiting = kept.All();
   const bool isAppended =
       std::all_of(waiting.records.begin(), waiting.records.end(),
@@ -166,7 +166,7 @@ void LogSQLiteDB::CheckDbSize(Connection& connection, bool uba) {
   if (chunk < 1) return;  // meant: a cap below 10 cuts nothing
 
   const std::string table = TableOf(uba);
-  RowCap& rowCap = m_tables[uba ? 1 : 0].cap;
+  RowCap& rowCap = TableFor(uba).cap;
   const std::optional<bool> isReached = rowCap.IsReached(connection.Handle(), table, cap);
   if (!isReached.has_value()) {
     connection.Messages().Error(__LINE__, kCheckDbSizeLocation, "SELECT Id FROM " + table + " exc error!");
@@ -213,7 +213,7 @@ void LogSQLiteDB::DeleteUserLogWithId(int firstId, int lastId, int maintenance, 
 void LogSQLiteDB::DeleteAllOperationLogUserLog(bool uba, int maintenance) {
   PendingMessages messages;
   Guarded(messages, kDeleteAllLocation, m_mutex, [&] {
-    m_tables[uba ? 1 : 0].kept.Discard(maintenance);
+    TableFor(uba).kept.Discard(maintenance);
     DeleteRows(std::string("delete from ") + TableOf(uba) +
                    " where IsMaintenanceLog = " + std::to_string(maintenance),
                "DeleteAllOperationLogUserLog", kDeleteAllLocation, messages);
@@ -233,7 +233,7 @@ void LogSQLiteDB::DeleteFromAllTables() {
 void LogSQLiteDB::StoreKeptRecords() {
   std::vector<UserLog> nothing;
   for (const bool uba : {false, true}) {
-    if (!m_tables[uba ? 1 : 0].kept.IsEmpty()) InsertUserLogBatch(nothing, uba);
+    if (!TableFor(uba).kept.IsEmpty()) InsertUserLogBatch(nothing, uba);
   }
 }
 

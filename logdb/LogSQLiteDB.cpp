@@ -41,7 +41,7 @@ LogSQLiteDB& LogSQLiteDB::GetInstance() {
   return instance;
 }
 
-bool LogSQLiteDB::InitDataBase(const std::wstring& fileName) {
+bool LogSQLiteDB::InitDataBase(const std::wstring& fileName) try {
   const std::wstring folder = g_dbFullPath.Get();
   if (!FileHepler::CheckFileExist(folder) && Platform::CurrentSystem().CreateDirectoryLevels(folder) != 0) {
     Print(LogLevel::kSync, __LINE__, "Create database directory failed");
@@ -68,6 +68,9 @@ bool LogSQLiteDB::InitDataBase(const std::wstring& fileName) {
   RegisterOperations();
   Print(LogLevel::kInfo, __LINE__, "BI Call Back Database Success");
   return ok;
+} catch (const std::exception& error) {
+  Print(LogLevel::kError, __LINE__, error.what());
+  return false;
 }
 
 void LogSQLiteDB::ForgetCounts() {

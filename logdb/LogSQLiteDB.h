@@ -69,6 +69,7 @@ class LogSQLiteDB {
   };
 
   LogSQLiteDB() = default;
+  Table& TableFor(bool uba) { return m_tables[uba ? 1 : 0]; }
 
   // Start-up.
   void ForgetCounts();

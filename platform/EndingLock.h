@@ -1,6 +1,7 @@
 // EndingLock.h - taking a lock that a thread may hold for ever once the process ends.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <mutex>
 #include <thread>
@@ -9,16 +10,19 @@
 
 namespace Drive::Platform {
 
-// Locks `mutex`. Once the process ends it waits only as long as anybody may, and not at all when the other
-// threads are gone: what one of them had locked stays locked. The caller then looks at owns_lock().
+// Locks `mutex`. Once the process ends it waits only as long as anybody may, or 50 ms when that is over, and
+// not at all when the other threads are gone: what one of them had locked stays locked. The caller then looks
+// at owns_lock().
 template <template <typename> class Lock = std::unique_lock, typename Mutex>
 Lock<Mutex> LockUnlessEnding(Mutex& mutex) {
   if (!ProcessEnd::HasBegun()) return Lock<Mutex>(mutex);
 
-  constexpr std::chrono::milliseconds kPollInterval(5);
+  using std::chrono::milliseconds;
+  const auto patience = std::max(ProcessEnd::PatienceLeft(), milliseconds(50));
+  const auto end = std::chrono::steady_clock::now() + patience;
   Lock<Mutex> lock(mutex, std::try_to_lock);
-  while (!lock.owns_lock() && !ProcessEnd::OtherThreadsAreGone() && ProcessEnd::PatienceLeft().count() > 0) {
-    std::this_thread::sleep_for(kPollInterval);
+  while (!lock.owns_lock() && !ProcessEnd::OtherThreadsAreGone() && std::chrono::steady_clock::now() < end) {
+    std::this_thread::sleep_for(milliseconds(1));
     static_cast<void>(lock.try_lock());
   }
   return lock;

@@ -75,20 +75,32 @@ std::wstring UserFolder(const char* variable, const char* defaultBelowHome) {
   return home.empty() ? std::wstring() : Widen(home + defaultBelowHome);
 }
 
-// A folder for sockets that nobody else can enter; empty when there is none.
-std::string PrivateFolder() {
-  const std::string runtime = FolderFromEnvironment("XDG_RUNTIME_DIR");
+// Whether nobody but this user can enter the folder.
+bool IsPrivate(const std::string& folder) {
   struct stat state {};
-  if (!runtime.empty() && stat(runtime.c_str(), &state) == 0 && S_ISDIR(state.st_mode)) {
-    return runtime;
-  }
-  std::string folder = FolderFromEnvironment("TMPDIR");
-  folder = (folder.empty() ? std::string("/tmp") : folder) + "/drivelog-" + std::to_string(getuid());
+  return lstat(folder.c_str(), &state) == 0 && S_ISDIR(state.st_mode) && state.st_uid == getuid() &&
+         (state.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
+// This user's folder for sockets below a folder that is everybody's. Somebody else may have made it first.
+std::string OwnFolderBelow(const std::string& everybodys) {
+  const std::string folder = everybodys + "/drivelog-" + std::to_string(getuid());
   mkdir(folder.c_str(), S_IRWXU);
-  // Somebody else may have made it first.
-  const bool isOurs = lstat(folder.c_str(), &state) == 0 && S_ISDIR(state.st_mode) &&
-                      state.st_uid == getuid() && (state.st_mode & (S_IRWXG | S_IRWXO)) == 0;
-  return isOurs ? folder : std::string();
+  return folder;
+}
+
+// A name for a file that tells all names apart.
+std::string SocketFileName(const std::string& name) {
+  constexpr char kHexDigits[] = "0123456789ABCDEF";
+  std::string file;
+  for (const char character : name) {
+    const auto byte = static_cast<unsigned char>(character);
+    const bool isPlain = (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') ||
+                         (byte >= 'a' && byte <= 'z') || byte == '-' || byte == '_';
+    file +=
+        isPlain ? std::string(1, character) : std::string{'%', kHexDigits[byte / 16], kHexDigits[byte % 16]};
+  }
+  return file + ".socket";
 }
 
 class RealPosixSystem final : public System {
@@ -160,17 +172,18 @@ class RealPosixSystem final : public System {
 }  // namespace
 
 std::string LocalEndpoint(const std::string& name) {
-  constexpr char kHexDigits[] = "0123456789ABCDEF";
-  std::string file = "/";
-  for (const char character : name) {
-    const auto byte = static_cast<unsigned char>(character);
-    const bool isPlain = (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') ||
-                         (byte >= 'a' && byte <= 'z') || byte == '-' || byte == '_';
-    file +=
-        isPlain ? std::string(1, character) : std::string{'%', kHexDigits[byte / 16], kHexDigits[byte % 16]};
+  const std::string file = "/" + SocketFileName(name);
+  const std::string runtime = FolderFromEnvironment("XDG_RUNTIME_DIR");
+  if (IsPrivate(runtime) && runtime.size() + file.size() <= kLongestSocketPath) {
+    return "ipc://" + runtime + file;
   }
-  const std::string path = PrivateFolder() + file + ".socket";
-  return path.size() > kLongestSocketPath ? std::string() : "ipc://" + path;
+  for (const std::string& everybodys : {FolderFromEnvironment("TMPDIR"), std::string("/tmp")}) {
+    const std::string folder = everybodys.empty() ? everybodys : OwnFolderBelow(everybodys);
+    if (IsPrivate(folder) && folder.size() + file.size() <= kLongestSocketPath) {
+      return "ipc://" + folder + file;
+    }
+  }
+  return {};
 }
 
 const System& RealSystem() {

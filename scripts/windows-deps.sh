@@ -14,7 +14,8 @@
 #   windows-sources/             the source packages, and in `versions` what was taken
 #   windows-deps-<key>/          a complete prefix; the key covers all versions, the compiler and this script
 #   windows-deps-<key>.partial/  a prefix in the making; .built/ names the libraries that are done
-#   windows-deps-<key>.build/    unpacked sources and the logs, removed when all is done
+#   windows-deps-<key>.build/    unpacked sources, removed when all is done
+#   logs/                        what each step printed
 #
 # An interrupted run goes on where it stopped, a library at a time.
 set -euo pipefail
@@ -134,13 +135,13 @@ fetch_sources() {
 # --- the libraries ----------------------------------------------------------------------------------------------
 # Each function runs in the library's unpacked source and installs into $partial.
 
-readonly kCFlags="-O2 -DNDEBUG -ffile-prefix-map=$kCache=."
+readonly kCFlags=(-O2 -DNDEBUG "-ffile-prefix-map=$kCache=.")
 
 cmake_install() {
   cmake -S "$1" -B cross-build -G Ninja \
     -DCMAKE_SYSTEM_NAME=Windows -DCMAKE_SYSTEM_PROCESSOR=AMD64 \
     -DCMAKE_C_COMPILER=$kHost-gcc-posix -DCMAKE_CXX_COMPILER=$kHost-g++-posix -DCMAKE_RC_COMPILER=$kHost-windres \
-    -DCMAKE_C_FLAGS="$kCFlags" -DCMAKE_CXX_FLAGS="$kCFlags" -DCMAKE_BUILD_TYPE=None \
+    -DCMAKE_C_FLAGS="${kCFlags[*]}" -DCMAKE_CXX_FLAGS="${kCFlags[*]}" -DCMAKE_BUILD_TYPE=None \
     -DCMAKE_FIND_ROOT_PATH="$partial" -DCMAKE_PREFIX_PATH="$partial" \
     -DCMAKE_FIND_ROOT_PATH_MODE_PROGRAM=NEVER -DCMAKE_FIND_ROOT_PATH_MODE_LIBRARY=ONLY \
     -DCMAKE_FIND_ROOT_PATH_MODE_INCLUDE=ONLY -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=ONLY \
@@ -151,7 +152,7 @@ cmake_install() {
 
 # The package lacks upstream's makefile for this compiler.
 build_zlib() {
-  $kHost-gcc-posix $kCFlags -c ./*.c
+  $kHost-gcc-posix "${kCFlags[@]}" -c ./*.c
   mkdir -p "$partial/lib"
   $kHost-ar rcs "$partial/lib/libz.a" ./*.o
   install -D -m 644 -t "$partial/include" zlib.h zconf.h
@@ -177,7 +178,7 @@ build_curl() {
 build_sqlite3() {
   ./configure --disable-tcl --disable-readline
   make sqlite3.c
-  $kHost-gcc-posix $kCFlags -DSQLITE_THREADSAFE=1 -DSQLITE_OMIT_LOAD_EXTENSION -c sqlite3.c -o sqlite3.o
+  $kHost-gcc-posix "${kCFlags[@]}" -DSQLITE_THREADSAFE=1 -DSQLITE_OMIT_LOAD_EXTENSION -c sqlite3.c -o sqlite3.o
   mkdir -p "$partial/lib"
   $kHost-ar rcs "$partial/lib/libsqlite3.a" sqlite3.o
   install -D -m 644 -t "$partial/include" sqlite3.h
@@ -298,7 +299,7 @@ main() {
     done
     build googletest
     build headers
-    rm -rf "$build" "$partial"/{bin,share,lib/pkgconfig}
+    rm -rf "$build" "${partial:?}"/{bin,share,lib/pkgconfig}
     describe >"$partial/versions"
     mv -T "$partial" "$prefix"
   fi

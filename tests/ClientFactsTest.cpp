@@ -27,10 +27,10 @@ class FactsTest : public testing::Test {
 };
 
 TEST_F(FactsTest, FileQuestions) {
-  const std::wstring file = (m_folder.Path() / L"f\u00EFle").wstring();
+  const std::wstring file = m_folder.Wide("f\xC3\xAFle");
   const std::wstring folder = m_folder.Path().wstring();
   const std::wstring impossible(3, static_cast<wchar_t>(0xD800));
-  std::ofstream(m_folder.Path() / L"f\u00EFle") << "12345";
+  std::ofstream(std::filesystem::u8path(m_folder.Narrow("f\xC3\xAFle"))) << "12345";
 
   EXPECT_TRUE(FileHepler::CheckFileExist(file));
   EXPECT_TRUE(FileHepler::CheckFileExist(folder)) << "folders count";

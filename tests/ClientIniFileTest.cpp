@@ -16,7 +16,7 @@ class IniFileTest : public testing::Test {
  protected:
   void Write(const std::string& text) const { std::ofstream(m_path, std::ios::binary) << text; }
   std::string Read(const std::string& key) const {
-    return IniFileHelper(m_path.wstring()).ReadIniValueByKeyTypeString(key);
+    return IniFileHelper(m_wide).ReadIniValueByKeyTypeString(key);
   }
   std::string Text() const {
     std::ifstream stream(m_path, std::ios::binary);
@@ -24,7 +24,9 @@ class IniFileTest : public testing::Test {
   }
 
   const Testing::TempFolder m_folder;
-  const std::filesystem::path m_path = m_folder.Path() / L"Einstellung\u00E9n-\u4E09.ini";
+  const std::wstring m_wide = m_folder.Wide("s\xC3\xA9ttings-\xE4\xB8\x89.ini");
+  const std::filesystem::path m_path =
+      std::filesystem::u8path(m_folder.Narrow("s\xC3\xA9ttings-\xE4\xB8\x89.ini"));
 };
 
 TEST_F(IniFileTest, FindsAKeyWhereverItStands) {
@@ -68,7 +70,7 @@ TEST_F(IniFileTest, AFileThatCannotBeReadHasNoKeys) {
 
 TEST_F(IniFileTest, WritesWhereTheKeyIsReadAndKeepsTheRest) {
   Write("[Z]\nBaseUri=old\nKept=1\n[A]\nBaseUri=hidden\n");
-  IniFileHelper file(m_path.wstring());
+  IniFileHelper file(m_wide);
 
   EXPECT_TRUE(file.WriteIniValue("baseuri", "new; \xE4\xB8\x89"));
   EXPECT_TRUE(file.WriteIniValue("Fresh", "2"));
@@ -83,7 +85,7 @@ TEST_F(IniFileTest, WritesWhereTheKeyIsReadAndKeepsTheRest) {
 
 TEST_F(IniFileTest, RefusesWhatCouldNotBeReadBack) {
   Write("Kept=1\n");
-  IniFileHelper file(m_path.wstring());
+  IniFileHelper file(m_wide);
   for (const char* key : {"", "a=b", "[a", ";a", " a", "a\nb"}) {
     EXPECT_FALSE(file.WriteIniValue(key, "x")) << key;
   }
@@ -91,7 +93,7 @@ TEST_F(IniFileTest, RefusesWhatCouldNotBeReadBack) {
     EXPECT_FALSE(file.WriteIniValue("Key", value));
   }
   EXPECT_EQ(Text(), "Kept=1\n");
-  EXPECT_FALSE(IniFileHelper((m_folder.Path() / "missing" / "f.ini").wstring()).WriteIniValue("Key", "x"));
+  EXPECT_FALSE(IniFileHelper(m_folder.Wide("missing/f.ini")).WriteIniValue("Key", "x"));
 }
 
 }  // namespace

@@ -1,27 +1,58 @@
 // ClientIpcTest.cpp - requests to a main process that answers, hangs, crashes or is not there.
 #include <gtest/gtest.h>
+#include <nng/nng.h>
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <thread>
 
+#include "client/common/EncryptHelper.h"
 #include "client/common/IPCDriveClient.h"
 #include "platform/ProcessEnd.h"
+#include "platform/System.h"
 
 namespace Drive::IPC {
 namespace {
 
 using namespace std::chrono_literals;
 
+std::string endpointName;  // of the test that runs
+
 std::string Echo(int command, const std::string& payload) { return std::to_string(command) + ":" + payload; }
+
+// Connects to the endpoint as no client does; false when it cannot.
+bool ConnectAndLeave(std::string bytes) {
+  nng_stream_dialer* dialer = nullptr;
+  nng_aio* aio = nullptr;
+  nng_aio_alloc(&aio, nullptr, nullptr);
+  nng_stream_dialer_alloc(&dialer, Platform::LocalEndpoint(endpointName).c_str());
+  nng_stream_dialer_dial(dialer, aio);
+  nng_aio_wait(aio);
+  const bool isConnected = nng_aio_result(aio) == 0;
+  if (isConnected) {
+    auto* const stream = static_cast<nng_stream*>(nng_aio_get_output(aio, 0));
+    nng_iov part{bytes.data(), bytes.size()};
+    nng_aio_set_iov(aio, 1, &part);
+    if (!bytes.empty()) {
+      nng_stream_send(stream, aio);
+      nng_aio_wait(aio);
+    }
+    nng_stream_free(stream);
+  }
+  nng_stream_dialer_free(dialer);
+  nng_aio_free(aio);
+  return isConnected;
+}
 
 class IpcTest : public testing::Test {
  protected:
   void SetUp() override {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
-    SetIpcEndpointName("test-" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()));
+    endpointName = "test-" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count());
+    SetIpcEndpointName(endpointName);
   }
 
   static std::string Ask(int command, const std::string& payload) {
@@ -84,8 +115,18 @@ TEST_F(IpcTest, ManyThreadsAskAtOnce) {
   }
 }
 
+TEST_F(IpcTest, PeersThatConnectAndGoAwayDoNoHarm) {
+  const IPCDriveServer server(Echo);
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_TRUE(ConnectAndLeave(i % 2 == 0 ? "" : "garbage"));
+  }
+  EXPECT_EQ(Ask(4, "x"), "4:x");
+}
+
 TEST_F(IpcTest, AServerThatCrashedLeavesThePlaceFree) {
-  SetIpcEndpointName("test-of-a-crash");
+  // The child must use the same name, another build's tests must not.
+  const std::string place = std::filesystem::current_path().u8string();
+  SetIpcEndpointName("crash-" + EncryptHelper::SHA256_Encode(place).substr(0, 16));
   const auto listenAndCrash = [] {
     const IPCDriveServer server(Echo);
     std::_Exit(server.IsListening() ? 0 : 1);

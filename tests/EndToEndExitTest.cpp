@@ -11,8 +11,8 @@
 namespace Drive {
 namespace {
 
-// How often each way of ending is tried: a few times in a normal run, as often as DRIVELOG_EXIT_RUNS says in a
-// long one.
+// How often each way of ending is tried: a few times in a normal run, as often as DRIVELOG_EXIT_RUNS says in
+// a long one.
 int Runs() {
   const char* runs = std::getenv("DRIVELOG_EXIT_RUNS");
   return runs == nullptr ? 8 : std::atoi(runs);
@@ -22,12 +22,13 @@ class ExitTest : public testing::TestWithParam<const char*> {};
 
 TEST_P(ExitTest, EndsWithinTwoSecondsAndWithoutACrash) {
   const Testing::TempFolder folder;
-  Collector::Options options;
-  options.dataDir = folder.Path() / "collector";
-  Collector::Collector collector(options);
-  Collector::Fault hang;
+  Collection::Collector::Options options;
+  options.dataFolder = folder.Path() / "collector";
+  options.database = ":memory:";
+  Collection::Collector collector(options);
+  Collection::Fault hang;
   hang.delay = std::chrono::seconds(30);
-  hang.remaining = 1000000;
+  hang.count = 0;
   collector.InjectFault(hang);
 
   for (int run = 0; run < Runs(); ++run) {

@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
-#include <thread>
-#include <vector>
 
 #include "client/log/TypeConvert.h"
 #include "model/LogSettings.h"
@@ -46,20 +44,6 @@ TEST_F(LogSettingsTest, StartsWithTheDefaultsAndKeepsEachSettingApart) {
   m_settings.SetMaxPushLogCount(6);
   m_settings.SetCountryCode("XY");
   EXPECT_EQ("user|key|0|token|1|2|3|4|5|6|XY", Describe(m_settings));
-}
-
-TEST_F(LogSettingsTest, ReadersSeeWholeValuesWhileOthersWrite) {
-  std::vector<std::thread> threads;
-  for (const char letter : {'a', 'b'}) {
-    threads.emplace_back([this, letter] {
-      for (int i = 0; i < 500; ++i) m_settings.SetRsaPublicKey(std::string(100, letter));
-    });
-  }
-  for (int i = 0; i < 500; ++i) {
-    const std::string key = m_settings.GetRsaPublicKey();
-    EXPECT_EQ(std::string::npos, key.find_first_not_of(key.empty() ? '-' : key[0]));
-  }
-  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace

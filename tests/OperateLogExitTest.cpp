@@ -48,7 +48,7 @@ TEST_P(QueuedExitTest, SavesEveryQueuedRecord) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Orders, QueuedExitTest, testing::Values("bi", "operation", "idle", "inner"),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const auto& order) { return std::string(order.param); });
 
 }  // namespace
 }  // namespace Drive::OperateLog

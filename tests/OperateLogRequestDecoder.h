@@ -1,5 +1,4 @@
-// OperateLogRequestDecoder.h - reads an operation-log request as the collector does: a key pair, and the
-// layers of the body one by one.
+// OperateLogRequestDecoder.h - reads request bodies as the collectors do, layer by layer.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,7 +8,6 @@
 #include <zlib.h>
 
 #include <string>
-#include <vector>
 
 #include "client/common/EncryptHelper.h"
 #include "tests/support/Certificates.h"
@@ -17,12 +15,24 @@
 
 namespace Drive::Testing {
 
-inline std::string Inflate(const std::string& data) {
-  std::string text(1 << 22, '\0');
-  uLongf size = text.size();
-  EXPECT_EQ(Z_OK, uncompress(reinterpret_cast<Bytef*>(text.data()), &size,
-                             reinterpret_cast<const Bytef*>(data.data()), data.size()));
-  text.resize(size);
+// zlib or gzip.
+inline std::string Inflate(std::string data) {
+  constexpr int kEitherFormat = 15 + 32;
+  z_stream stream{};
+  EXPECT_EQ(Z_OK, inflateInit2(&stream, kEitherFormat));
+  stream.next_in = reinterpret_cast<Bytef*>(data.data());
+  stream.avail_in = static_cast<uInt>(data.size());
+  std::string text;
+  int result = Z_OK;
+  while (result == Z_OK) {
+    char block[4096];
+    stream.next_out = reinterpret_cast<Bytef*>(block);
+    stream.avail_out = sizeof block;
+    result = inflate(&stream, Z_NO_FLUSH);
+    text.append(block, sizeof block - stream.avail_out);
+  }
+  EXPECT_EQ(Z_STREAM_END, result);
+  inflateEnd(&stream);
   return text;
 }
 
@@ -33,10 +43,10 @@ struct DecodedRequest {
   std::string ivHex;
 };
 
-// The collector's key pair.
+// The operation collector's key pair.
 class CollectorKey {
  public:
-  explicit CollectorKey(int bits = 2048) : m_key(EVP_RSA_gen(static_cast<unsigned>(bits))) {}
+  explicit CollectorKey(unsigned bits = 2048) : m_key(EVP_RSA_gen(bits)) {}
 
   // PKCS#1 DER of the public key.
   std::string PublicHex() const {
@@ -48,52 +58,45 @@ class CollectorKey {
   }
 
   DecodedRequest Decode(const std::string& body) const {
-    const auto request = Bilog::ParseJsonObject(Inflate(body));
-    EXPECT_TRUE(request && request->getMemberNames() == std::vector<std::string>({"event", "header"}));
-    DecodedRequest decoded;
-    decoded.header = (*request)["header"];
-    decoded.keyHex = Decipher(decoded.header["chifer"].asString());
+    const Json::Value request = Bilog::ParseJsonObject(Inflate(body)).value();
+    EXPECT_EQ(request.size(), 2u);
     Bytes event;
-    EXPECT_TRUE(EncryptHelper::HexToByte((*request)["event"].asString(), 1 << 22, event));
+    EXPECT_TRUE(EncryptHelper::HexToByte(request["event"].asString(), 1 << 22, event));
+    DecodedRequest decoded;
+    decoded.header = request["header"];
+    decoded.keyHex = DecipherKey(decoded.header["chifer"].asString());
     decoded.ivHex = EncryptHelper::CharToHexStr(event.data(), 16);
-    const auto payload = Bilog::ParseJsonObject(Inflate(DecipherEvent(decoded.keyHex, event)));
-    EXPECT_TRUE(payload);
-    decoded.payload = payload.value_or(Json::Value());
+    decoded.payload = Bilog::ParseJsonObject(Inflate(DecipherEvent(decoded.keyHex, event))).value();
     return decoded;
   }
 
  private:
-  std::string Decipher(const std::string& base64) const {
-    std::vector<unsigned char> cipher(base64.size());
-    EVP_DecodeBlock(cipher.data(), reinterpret_cast<const unsigned char*>(base64.data()),
-                    static_cast<int>(base64.size()));
+  std::string DecipherKey(const std::string& base64) const {
+    unsigned char cipher[258];
+    EXPECT_EQ(258, EVP_DecodeBlock(cipher, reinterpret_cast<const unsigned char*>(base64.data()), 344));
     EVP_PKEY_CTX* context = EVP_PKEY_CTX_new(m_key.get(), nullptr);
     EVP_PKEY_decrypt_init(context);
     EVP_PKEY_CTX_set_rsa_padding(context, RSA_PKCS1_OAEP_PADDING);
     EVP_PKEY_CTX_set_rsa_oaep_md(context, EVP_sha256());
-    std::string plain(256, '\0');
-    std::size_t size = plain.size();
-    EXPECT_EQ(1, EVP_PKEY_decrypt(context, reinterpret_cast<unsigned char*>(plain.data()), &size,
-                                  cipher.data(), 256));
+    unsigned char plain[256];
+    std::size_t size = sizeof plain;
+    EXPECT_EQ(1, EVP_PKEY_decrypt(context, plain, &size, cipher, 256));
     EVP_PKEY_CTX_free(context);
-    plain.resize(size);
-    return plain;
+    return {plain, plain + size};
   }
 
   static std::string DecipherEvent(const std::string& keyHex, const Bytes& event) {
     Bytes key;
     EXPECT_TRUE(EncryptHelper::HexToByte(keyHex, 16, key) && key.size() == 16);
-    std::string plain(event.size(), '\0');
-    auto* out = reinterpret_cast<unsigned char*>(plain.data());
+    Bytes plain(event.size());
     int size = 0;
     int rest = 0;
     EVP_CIPHER_CTX* context = EVP_CIPHER_CTX_new();
     EVP_DecryptInit_ex(context, EVP_aes_128_cbc(), nullptr, key.data(), event.data());
-    EVP_DecryptUpdate(context, out, &size, event.data() + 16, static_cast<int>(event.size()) - 16);
-    EXPECT_EQ(1, EVP_DecryptFinal_ex(context, out + size, &rest));
+    EVP_DecryptUpdate(context, plain.data(), &size, event.data() + 16, static_cast<int>(event.size()) - 16);
+    EXPECT_EQ(1, EVP_DecryptFinal_ex(context, plain.data() + size, &rest));
     EVP_CIPHER_CTX_free(context);
-    plain.resize(static_cast<std::size_t>(size + rest));
-    return plain;
+    return {plain.begin(), plain.begin() + size + rest};
   }
 
   Key m_key;

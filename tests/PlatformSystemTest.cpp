@@ -12,16 +12,17 @@ namespace {
 
 TEST(SystemTest, CreatesEveryMissingLevelAndRefusesWhatIsThere) {
   const Testing::TempFolder folder;
-  const std::filesystem::path path = folder.Path() / L"one" / L"zw\u00F6lf" / L"\u4E09";
+  const std::wstring path = folder.Wide("one/zw\xC3\xB6lf/\xE4\xB8\x89");
   const System& system = RealSystem();
 
-  EXPECT_EQ(system.CreateDirectoryLevels(path.wstring()), 0);
-  EXPECT_TRUE(std::filesystem::is_directory(path));
-  EXPECT_NE(system.CreateDirectoryLevels(path.wstring()), 0) << "an existing folder is a failure as well";
+  EXPECT_EQ(system.CreateDirectoryLevels(path), 0);
+  EXPECT_TRUE(
+      std::filesystem::is_directory(std::filesystem::u8path(folder.Narrow("one/zw\xC3\xB6lf/\xE4\xB8\x89"))));
+  EXPECT_NE(system.CreateDirectoryLevels(path), 0) << "an existing folder is a failure as well";
 
   std::ofstream(folder.Path() / "file") << "x";
   EXPECT_NE(system.CreateDirectoryLevels(folder.Wide("file")), 0);
-  EXPECT_NE(system.CreateDirectoryLevels((folder.Path() / "file" / "below").wstring()), 0);
+  EXPECT_NE(system.CreateDirectoryLevels(folder.Wide("file/below")), 0);
   EXPECT_NE(system.CreateDirectoryLevels(L""), 0);
 }
 

@@ -53,24 +53,45 @@ TEST(XdgTest, ApplicationDataFollowsTheEnvironment) {
   EXPECT_EQ(RealSystem().LocalAppDataFolder(), L"/d");
 }
 
-TEST(XdgTest, SocketsWithoutARuntimeFolderStandInAFolderOfTheUserAlone) {
-  const Testing::TempFolder temp;
-  const ScopedVariable runtime("XDG_RUNTIME_DIR", nullptr);
-  const ScopedVariable tmp("TMPDIR", temp.Path().c_str());
-
-  const std::string endpoint = LocalEndpoint("../x");
-  const std::string folder = endpoint.substr(6, endpoint.rfind('/') - 6);
-  EXPECT_EQ(folder.find(temp.Path().string()), 0U);
-  EXPECT_EQ(folder.find(".."), std::string::npos);
-  struct stat state {};
-  ASSERT_EQ(stat(folder.c_str(), &state), 0);
-  EXPECT_EQ(state.st_mode & 0777U, 0700U);
-
-  ASSERT_EQ(chmod(folder.c_str(), 0755), 0);
-  EXPECT_EQ(LocalEndpoint("x"), "") << "a folder that others can enter is not used";
+// Folder of the socket of that name.
+std::string SocketFolder(const std::string& name) {
+  const std::string path = LocalEndpoint(name).substr(std::string("ipc://").size());
+  return path.substr(0, path.rfind('/'));
 }
 
-TEST(XdgTest, NoEndpointIsLongerThanASocketMayBe) { EXPECT_EQ(LocalEndpoint(std::string(108, 'n')), ""); }
+TEST(XdgTest, SocketsStandInAFolderOfTheUserAlone) {
+  const Testing::TempFolder temp;
+  const std::string open = temp.Narrow("open");
+  const std::string closed = temp.Narrow("closed");
+  ASSERT_EQ(mkdir(open.c_str(), 0755), 0);
+  ASSERT_EQ(mkdir(closed.c_str(), 0700), 0);
+  const ScopedVariable tmp("TMPDIR", temp.Path().c_str());
+  {
+    const ScopedVariable runtime("XDG_RUNTIME_DIR", closed.c_str());
+    EXPECT_EQ(SocketFolder("../x"), closed);
+  }
+  for (const char* unfit : {static_cast<const char*>(nullptr), open.c_str(), "/missing"}) {
+    const ScopedVariable runtime("XDG_RUNTIME_DIR", unfit);
+    const std::string own = SocketFolder("x");
+    EXPECT_EQ(own.find(temp.Path().string() + "/drivelog-"), 0U) << own;
+    struct stat state {};
+    ASSERT_EQ(stat(own.c_str(), &state), 0);
+    EXPECT_EQ(state.st_mode & 0777U, 0700U);
+  }
+  const ScopedVariable runtime("XDG_RUNTIME_DIR", nullptr);
+  const std::string own = SocketFolder("x");
+  ASSERT_EQ(chmod(own.c_str(), 0755), 0);
+  EXPECT_NE(SocketFolder("x"), own) << "others can enter it";
+}
+
+TEST(XdgTest, NoSocketPathIsLongerThanTheSystemTakes) {
+  EXPECT_EQ(LocalEndpoint(std::string(108, 'n')), "");
+  const Testing::TempFolder temp;
+  const std::string deep = temp.Narrow(std::string(100, 'd'));
+  ASSERT_EQ(mkdir(deep.c_str(), 0700), 0);
+  const ScopedVariable runtime("XDG_RUNTIME_DIR", deep.c_str());
+  EXPECT_NE(SocketFolder("x"), deep);
+}
 
 }  // namespace
 }  // namespace Drive::Platform

@@ -49,8 +49,10 @@ TEST_F(UploadTest, SendsBodyAndHeaderLinesAsTheyAre) {
   g_pcModel = "Model";
   g_pcVersion = L"1.2.3";
   g_userAgent = L"Agent/";
-  LogSettings::GetInstance().SetUserId(L"user");
 
+  m_client.Init();
+  EXPECT_TRUE(m_log.Has(
+      {0, 43, "Drive::Bilog::PushLogRequest::Init", "{PushLogRequest}baseUriPushLog:" + server.Url()}));
   EXPECT_TRUE(PushToBi(body));
   EXPECT_TRUE(m_client.PushLogToUbaServer(body, L"/collector/v1/event", "id-2"));
   EXPECT_TRUE(PushToBi(""));
@@ -67,14 +69,6 @@ TEST_F(UploadTest, SendsBodyAndHeaderLinesAsTheyAre) {
   EXPECT_NE(requests[1].head.find("\r\nUser-Agent:Agent/1.2.3\r\n"), std::string::npos);
   EXPECT_EQ(requests[1].body, body);
   EXPECT_NE(requests[2].head.find("Content-Length: 0\r\n"), std::string::npos) << "an empty POST is one";
-}
-
-TEST_F(UploadTest, ReportsTheAddressThatTheSettingsFileNames) {
-  Configure("https://collector.example");
-  m_client.Init();
-
-  EXPECT_TRUE(m_log.Has({0, 43, "Drive::Bilog::PushLogRequest::Init",
-                         "{PushLogRequest}baseUriPushLog:https://collector.example"}));
 }
 
 TEST_F(UploadTest, SucceedsOnTheSecondAttempt) {

@@ -62,7 +62,8 @@ std::size_t KeepResponse(char* data, std::size_t size, std::size_t count, void* 
   const std::size_t bytes = size * count;
   response.received += bytes;
   try {
-    response.kept.append(data, std::min(bytes, ResponseText::kMaxKeptBytes - response.kept.size()));
+    response.kept.append(data,
+                         std::min<std::size_t>(bytes, ResponseText::kMaxKeptBytes - response.kept.size()));
   } catch (const std::exception&) {  // no memory: must not be thrown through libcurl
     return 0;
   }

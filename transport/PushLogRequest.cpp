@@ -139,8 +139,8 @@ bool PushLogRequest::PushLogToServer(const std::string& body, const std::string&
 }
 
 void PushLogRequest::AbortAfter(std::chrono::milliseconds grace) {
-  const auto time = (std::chrono::steady_clock::now() + grace).time_since_epoch().count();
-  auto earliest = m_abortTime.load();
+  const std::int64_t time = (std::chrono::steady_clock::now() + grace).time_since_epoch().count();
+  std::int64_t earliest = m_abortTime.load();
   while (time < earliest && !m_abortTime.compare_exchange_weak(earliest, time)) {
   }
 }

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -44,8 +45,7 @@ class PushLogRequest {
   std::wstring m_ubaUri;   // of the collector of UBA records
   std::string m_udid;      // SHA-256 text of the settings file's device identifier
 
-  using SteadyTime = std::chrono::steady_clock::time_point;
-  std::atomic<SteadyTime::rep> m_abortTime{SteadyTime::max().time_since_epoch().count()};
+  std::atomic<std::int64_t> m_abortTime{INT64_MAX};  // ticks of the steady clock
 };
 
 // Asks the client's main process for a new access token. An empty reply changes nothing.

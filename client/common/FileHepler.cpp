@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "client/common/FilePath.h"
+
 namespace Drive {
 
 namespace {
@@ -13,7 +15,7 @@ template <typename Answer, typename Question>
 Answer Ask(const std::wstring& path, Answer otherwise, const Question& question) {
   try {
     std::error_code error;
-    const Answer answer = question(std::filesystem::path(path), error);
+    const Answer answer = question(FilePath(path), error);
     return error ? otherwise : answer;
   } catch (const std::exception&) {
     return otherwise;

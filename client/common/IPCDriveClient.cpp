@@ -1,14 +1,15 @@
-// IPCDriveClient.cpp - request and reply over a local endpoint, by nng.
+// IPCDriveClient.cpp - request and reply over a local endpoint, by nng's byte streams.
 //
-//   request:  command (4 bytes, the highest first) | payload
-//   reply:    payload
+//   request:  command (4 bytes) | size of the payload (4 bytes) | payload
+//   reply:    size of the payload (4 bytes) | payload
+//
+// Numbers have their highest byte first. A connection serves one request; its client closes it. (The
+// library's own message sockets do not do: a peer that goes away while it connects can end their listener for
+// good.)
 #include "client/common/IPCDriveClient.h"
 
 #include <nng/nng.h>
-#include <nng/protocol/reqrep0/rep.h>
-#include <nng/protocol/reqrep0/req.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <thread>
@@ -30,9 +31,11 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 constexpr milliseconds kReplyLimit{5000};
-// How often a waiting client looks whether the process ends.
+// A client sends its request as soon as it has connected; one that does not keeps the others waiting.
+constexpr milliseconds kRequestLimit{1000};
+// How often a thread that waits for its peer looks whether it should give up.
 constexpr milliseconds kLookInterval{50};
-constexpr std::size_t kLargestMessage = 16 * 1024 * 1024;
+constexpr std::uint32_t kLargestPayload = 16 * 1024 * 1024;
 
 SharedValue<std::string> endpointName;
 
@@ -41,51 +44,24 @@ std::string Endpoint() {
   return Platform::LocalEndpoint(name.empty() ? TypeConvert::UnicodeToUTF8(APP_NAME) : name);
 }
 
-class Socket {
- public:
-  Socket() = default;
-  // With nng's threads gone a close would wait for ever.
-  ~Socket() {
-    if (nng_socket_id(m_socket) > 0 && !ProcessEnd::OtherThreadsAreGone()) {
-      nng_close(m_socket);
-    }
-  }
-  Socket(const Socket&) = delete;
-  Socket& operator=(const Socket&) = delete;
-
-  bool Open(int (*open)(nng_socket*)) {
-    return open(&m_socket) == 0 && nng_socket_set_size(m_socket, NNG_OPT_RECVMAXSZ, kLargestMessage) == 0;
-  }
-  nng_socket Get() const { return m_socket; }
-
- private:
-  nng_socket m_socket = NNG_SOCKET_INITIALIZER;
-};
-
-struct MessageFree {
-  void operator()(nng_msg* message) const noexcept { nng_msg_free(message); }
-};
-using Message = std::unique_ptr<nng_msg, MessageFree>;
-
-struct DialerFree {
+struct HandleFree {
+  void operator()(nng_aio* aio) const noexcept { nng_aio_free(aio); }
+  void operator()(nng_stream* stream) const noexcept { nng_stream_free(stream); }
   void operator()(nng_stream_dialer* dialer) const noexcept { nng_stream_dialer_free(dialer); }
+  void operator()(nng_stream_listener* listener) const noexcept { nng_stream_listener_free(listener); }
 };
-using Dialer = std::unique_ptr<nng_stream_dialer, DialerFree>;
+using Aio = std::unique_ptr<nng_aio, HandleFree>;
+using Stream = std::unique_ptr<nng_stream, HandleFree>;
+using Dialer = std::unique_ptr<nng_stream_dialer, HandleFree>;
+using StreamListener = std::unique_ptr<nng_stream_listener, HandleFree>;
 
-// Null when there is no memory for it.
-Message MakeMessage(const std::string& text) {
-  nng_msg* allocated = nullptr;
-  nng_msg_alloc(&allocated, 0);
-  Message message(allocated);
-  const bool isFilled = message != nullptr && nng_msg_append(message.get(), text.data(), text.size()) == 0;
-  return isFilled ? std::move(message) : Message();
-}
+// How long a conversation may last, and the signal that cuts it short.
+struct Limit {
+  steady_clock::time_point deadline;
+  const WakeSignal& giveUp;
+};
 
-std::string BodyOf(nng_msg* message) {
-  return std::string(static_cast<const char*>(nng_msg_body(message)), nng_msg_len(message));
-}
-
-// One asynchronous operation of nng, waited for until a deadline; the end of the process cuts it short.
+// One asynchronous operation of nng and the wait for it.
 class Operation {
  public:
   Operation() { nng_aio_alloc(&m_aio, &Operation::OnDone, &m_done); }
@@ -93,17 +69,17 @@ class Operation {
   Operation(const Operation&) = delete;
   Operation& operator=(const Operation&) = delete;
 
-  // True when what `start` began with the given handle has succeeded.
+  // True when what `start` began with the handle has succeeded.
   template <typename Start>
-  bool Run(steady_clock::time_point deadline, const Start& start) {
-    const auto left = std::chrono::duration_cast<milliseconds>(deadline - steady_clock::now());
+  bool Run(const Limit& limit, const Start& start) {
+    const auto left = std::chrono::duration_cast<milliseconds>(limit.deadline - steady_clock::now());
     if (m_aio == nullptr || left <= milliseconds::zero()) {
       return false;
     }
     nng_aio_set_timeout(m_aio, static_cast<nng_duration>(left.count()));
     start(m_aio);
     while (!m_done.WaitFor(kLookInterval)) {
-      if (ProcessEnd::HasBegun()) {
+      if (limit.giveUp.IsRaised()) {
         nng_aio_cancel(m_aio);
       }
     }
@@ -111,7 +87,8 @@ class Operation {
     return nng_aio_result(m_aio) == 0;
   }
 
-  nng_aio* Handle() const { return m_aio; }
+  std::size_t Count() const { return nng_aio_count(m_aio); }
+  Stream TakeStream() const { return Stream(static_cast<nng_stream*>(nng_aio_get_output(m_aio, 0))); }
 
  private:
   static void OnDone(void* done) { static_cast<WakeSignal*>(done)->Raise(); }
@@ -120,117 +97,167 @@ class Operation {
   nng_aio* m_aio = nullptr;
 };
 
-// Whether anybody listens. A socket alone would not tell: it goes on trying until somebody does.
-bool IsSomebodyListening(const std::string& endpoint, steady_clock::time_point deadline) {
+// Sends or receives, by `step`, exactly the bytes of `bytes`.
+bool Transfer(nng_stream* stream, std::string& bytes, const Limit& limit,
+              void (*step)(nng_stream*, nng_aio*)) {
+  for (std::size_t done = 0; done < bytes.size();) {
+    Operation operation;
+    nng_iov rest{bytes.data() + done, bytes.size() - done};
+    const auto start = [&](nng_aio* aio) {
+      nng_aio_set_iov(aio, 1, &rest);
+      step(stream, aio);
+    };
+    if (!operation.Run(limit, start) || operation.Count() == 0) {
+      return false;
+    }
+    done += operation.Count();
+  }
+  return true;
+}
+
+bool Send(nng_stream* stream, std::string bytes, const Limit& limit) {
+  return Transfer(stream, bytes, limit, nng_stream_send);
+}
+
+bool Receive(nng_stream* stream, std::size_t size, std::string& bytes, const Limit& limit) {
+  bytes.assign(size, '\0');
+  return Transfer(stream, bytes, limit, nng_stream_recv);
+}
+
+std::string NumberText(std::uint32_t number) {
+  std::string text;
+  for (int shift = 24; shift >= 0; shift -= 8) {
+    text += static_cast<char>(static_cast<unsigned char>((number >> shift) & 0xFF));
+  }
+  return text;
+}
+
+bool ReceiveNumber(nng_stream* stream, std::uint32_t& number, const Limit& limit) {
+  std::string text;
+  if (!Receive(stream, sizeof(number), text, limit)) {
+    return false;
+  }
+  number = 0;
+  for (const char byte : text) {
+    number = number << 8 | static_cast<unsigned char>(byte);
+  }
+  return true;
+}
+
+// A payload behind its size.
+std::string Framed(const std::string& payload) {
+  return NumberText(static_cast<std::uint32_t>(payload.size())) + payload;
+}
+
+bool ReceiveFramed(nng_stream* stream, std::string& payload, const Limit& limit) {
+  std::uint32_t size = 0;
+  return ReceiveNumber(stream, size, limit) && size <= kLargestPayload &&
+         Receive(stream, size, payload, limit);
+}
+
+// Null when nobody listens.
+Stream Connect(const std::string& endpoint, const Limit& limit) {
   nng_stream_dialer* allocated = nullptr;
   if (nng_stream_dialer_alloc(&allocated, endpoint.c_str()) != 0) {
-    return false;
+    return nullptr;
   }
   const Dialer dialer(allocated);
   Operation dial;
-  if (!dial.Run(deadline, [&](nng_aio* aio) { nng_stream_dialer_dial(dialer.get(), aio); })) {
-    return false;
-  }
-  nng_stream_free(static_cast<nng_stream*>(nng_aio_get_output(dial.Handle(), 0)));
-  return true;
-}
-
-std::string Frame(int command, const std::string& payload) {
-  const auto bits = static_cast<std::uint32_t>(command);
-  std::string frame;
-  for (int shift = 24; shift >= 0; shift -= 8) {
-    frame += static_cast<char>(static_cast<unsigned char>((bits >> shift) & 0xFF));
-  }
-  return frame + payload;
-}
-
-// False when the message is no request.
-bool ReadFrame(nng_msg* message, int& command, std::string& payload) {
-  std::uint32_t bits = 0;
-  if (nng_msg_trim_u32(message, &bits) != 0) {
-    return false;
-  }
-  command = static_cast<int>(bits);
-  payload = BodyOf(message);
-  return true;
+  const bool isConnected = dial.Run(limit, [&](nng_aio* aio) { nng_stream_dialer_dial(dialer.get(), aio); });
+  return isConnected ? dial.TakeStream() : nullptr;
 }
 
 }  // namespace
 
 bool IPCDriveClient::GetMessageCommand(std::string& reply, int command, const std::string& payload) {
   reply.clear();
-  const auto deadline = steady_clock::now() + kReplyLimit;
-  const std::string endpoint = Endpoint();
-  Message request = MakeMessage(Frame(command, payload));
-  Socket socket;
-  if (request == nullptr || !IsSomebodyListening(endpoint, deadline) || !socket.Open(nng_req0_open) ||
-      nng_dial(socket.Get(), endpoint.c_str(), nullptr, NNG_FLAG_NONBLOCK) != 0) {
+  if (payload.size() > kLargestPayload) {
     return false;
   }
-
-  Operation send;
-  const bool isSent = send.Run(deadline, [&](nng_aio* aio) {
-    nng_aio_set_msg(aio, request.get());
-    nng_send_aio(socket.Get(), aio);
-  });
-  if (!isSent) {
+  const Limit limit{steady_clock::now() + kReplyLimit, ProcessEnd::Signal()};
+  const Stream stream = Connect(Endpoint(), limit);
+  std::string received;
+  if (stream == nullptr ||
+      !Send(stream.get(), NumberText(static_cast<std::uint32_t>(command)) + Framed(payload), limit) ||
+      !ReceiveFramed(stream.get(), received, limit)) {
     return false;
   }
-  static_cast<void>(request.release());  // nng's own once it is sent
-
-  Operation receive;
-  if (!receive.Run(deadline, [&](nng_aio* aio) { nng_recv_aio(socket.Get(), aio); })) {
-    return false;
-  }
-  const Message answer(nng_aio_get_msg(receive.Handle()));
-  reply = BodyOf(answer.get());
+  reply = std::move(received);
   return true;
 }
 
 struct IPCDriveServer::Listener {
-  Socket socket;
+  StreamListener listener;
   Handler handler;
   WakeSignal stop;
   std::thread thread;
 
-  void Answer() noexcept {
+  void Run() noexcept {
     while (!stop.IsRaised()) {
-      nng_msg* received = nullptr;
-      if (nng_recvmsg(socket.Get(), &received, 0) != 0) {
-        stop.WaitFor(kLookInterval);  // closed, or short of memory for the moment
-        continue;
-      }
-      Message message(received);
-      Message reply;
-      try {
-        reply = MakeMessage(ReplyTo(message.get()));
-      } catch (...) {
-        reply = MakeMessage({});
-      }
-      if (reply != nullptr && nng_sendmsg(socket.Get(), reply.get(), 0) == 0) {
-        static_cast<void>(reply.release());  // nng's own once it is sent
+      if (const Stream stream = Accept()) {
+        Serve(stream.get());
+      } else {
+        stop.WaitFor(kLookInterval);  // closed, or the system is short of something for the moment
       }
     }
   }
 
-  std::string ReplyTo(nng_msg* message) const {
-    int command = 0;
-    std::string payload;
-    return ReadFrame(message, command, payload) ? handler(command, payload) : std::string();
+  // Waits without a limit: closing the listener ends it.
+  Stream Accept() const {
+    nng_aio* allocated = nullptr;
+    nng_aio_alloc(&allocated, nullptr, nullptr);
+    const Aio aio(allocated);
+    if (aio == nullptr) {
+      return nullptr;
+    }
+    nng_stream_listener_accept(listener.get(), aio.get());
+    nng_aio_wait(aio.get());
+    return nng_aio_result(aio.get()) == 0 ? Stream(static_cast<nng_stream*>(nng_aio_get_output(aio.get(), 0)))
+                                          : nullptr;
+  }
+
+  void Serve(nng_stream* stream) noexcept {
+    try {
+      const Limit requestLimit{steady_clock::now() + kRequestLimit, stop};
+      std::uint32_t command = 0;
+      std::string payload;
+      if (!ReceiveNumber(stream, command, requestLimit) || !ReceiveFramed(stream, payload, requestLimit)) {
+        return;
+      }
+      const std::string reply = ReplyTo(static_cast<int>(command), payload);
+      const Limit replyLimit{steady_clock::now() + kRequestLimit, stop};
+      if (Send(stream, Framed(reply), replyLimit)) {
+        std::string nothing;
+        Receive(stream, 1, nothing, replyLimit);  // until the client closes: a pipe may lose what is unread
+      }
+    } catch (const std::exception&) {
+      // No memory for this request; the client sees the connection close.
+    }
+  }
+
+  std::string ReplyTo(int command, const std::string& payload) const {
+    try {
+      std::string reply = handler(command, payload);
+      return reply.size() <= kLargestPayload ? reply : std::string();
+    } catch (...) {
+      return {};
+    }
   }
 };
 
 IPCDriveServer::IPCDriveServer(Handler handler) {
+  nng_stream_listener* allocated = nullptr;
+  if (nng_stream_listener_alloc(&allocated, Endpoint().c_str()) != 0) {
+    return;
+  }
   auto listener = std::make_unique<Listener>();
+  listener->listener.reset(allocated);
   listener->handler = std::move(handler);
-  if (!listener->socket.Open(nng_rep0_open) ||
-      nng_socket_set_ms(listener->socket.Get(), NNG_OPT_SENDTIMEO,
-                        static_cast<nng_duration>(kReplyLimit.count())) != 0 ||
-      nng_listen(listener->socket.Get(), Endpoint().c_str(), nullptr, 0) != 0) {
+  if (nng_stream_listener_listen(allocated) != 0) {
     return;
   }
   m_listener = std::move(listener);
-  m_listener->thread = std::thread(&Listener::Answer, m_listener.get());
+  m_listener->thread = std::thread(&Listener::Run, m_listener.get());
 }
 
 IPCDriveServer::~IPCDriveServer() {
@@ -239,11 +266,11 @@ IPCDriveServer::~IPCDriveServer() {
   }
   if (ProcessEnd::OtherThreadsAreGone()) {
     m_listener->thread.detach();
-    static_cast<void>(m_listener.release());  // the system takes it all
+    static_cast<void>(m_listener.release());  // without nng's threads it could not be closed
     return;
   }
   m_listener->stop.Raise();
-  nng_close(m_listener->socket.Get());
+  nng_stream_listener_close(m_listener->listener.get());
   m_listener->thread.join();
 }
 

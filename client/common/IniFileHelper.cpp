@@ -11,6 +11,8 @@
 #include <random>
 #include <system_error>
 
+#include "client/common/FilePath.h"
+
 namespace Drive {
 
 namespace {
@@ -98,7 +100,7 @@ struct IniFileHelper::File {
 
 IniFileHelper::IniFileHelper(const std::wstring& path) : m_file(std::make_unique<File>()) {
   try {
-    m_file->path = path;
+    m_file->path = FilePath(path);
     m_file->Read();
   } catch (const std::exception&) {
     m_file->ini.Reset();  // a file that cannot be read has no keys

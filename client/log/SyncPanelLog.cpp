@@ -6,6 +6,7 @@
 
 #include <filesystem>
 
+#include "client/common/FilePath.h"
 #include "client/common/ReadSyncConfigFile.h"
 #include "client/log/LoggerUtility.h"
 #include "platform/System.h"
@@ -98,7 +99,7 @@ std::shared_ptr<spdlog::logger> SyncPanelLog::Logger(LogSeverity severity) {
       m_folder = DefaultFolder();
     }
     channel.logger =
-        OpenLogger(std::filesystem::path(m_folder) / m_fileNames.at(severity), m_loggerNames.at(severity));
+        OpenLogger(FilePath(m_folder) / FilePath(m_fileNames.at(severity)), m_loggerNames.at(severity));
   }
   return channel.logger;
 }

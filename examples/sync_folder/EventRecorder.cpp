@@ -212,7 +212,9 @@ void EventRecorder::RecordCountsByType() {
   Fields summary;
   for (const auto& [type, totals] : m_countsByType) {
     for (const auto& [name, value] : totals) {
-      summary[type + L"." + name] = value;
+      std::wstring key = type;
+      key.append(L".").append(name);
+      summary[key] = value;
     }
   }
   if (m_uncountable > 0) {

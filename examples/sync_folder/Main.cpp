@@ -58,8 +58,9 @@ void RecordWalk(const Options& options, EventRecorder& recorder) {
   if (recorder.FoundCount() >= kMaxFound) {
     std::printf("stopped after %zu; what lies beyond was not looked at\n", kMaxFound);
   }
-  std::printf("list form: %zu files in groups of ten; the last %zu fill no group and are not recorded\n",
-              recorded.listed, recorded.dropped);
+  std::printf(
+      "gave %zu files to the list form, which records groups of ten: %zu fill no group and are dropped\n",
+      recorded.listed, recorded.dropped);
 }
 
 void FollowFolder(const Options& options, EventRecorder& recorder, const DeliveryObserver& observer,

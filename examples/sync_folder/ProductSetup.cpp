@@ -5,6 +5,8 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
+#include <mutex>
 #include <system_error>
 
 #include "client/common/EncryptHelper.h"
@@ -40,12 +42,23 @@ std::string AnswerOtherProcesses(int command, const std::string&) {
   return command == Drive::IPC::kCommandRenewAccessToken ? IssueAccessToken() : std::string();
 }
 
+// All messages, or the errors alone: then a collector that is away says so once, not with every attempt.
 void ShowDiagnostics(bool verbose) {
+  struct LastError {
+    std::mutex mutex;  // guards text
+    std::string text;
+  };
+  const auto last = std::make_shared<LastError>();  // the library's threads report until the process is gone
   CommLog::GetInstance().SetLogFunc(
-      [verbose](int level, int line, const std::string& location, const std::string& message) {
-        if (verbose || level == kErrorLevel) {
-          std::fprintf(stderr, "  [%d] %s:%d %s\n", level, location.c_str(), line, message.c_str());
+      [verbose, last](int level, int line, const std::string& location, const std::string& message) {
+        if (!verbose) {
+          const std::lock_guard<std::mutex> lock(last->mutex);
+          if (level != kErrorLevel || message == last->text) {
+            return;
+          }
+          last->text = message;
         }
+        std::fprintf(stderr, "  [%d] %s:%d %s\n", level, location.c_str(), line, message.c_str());
       });
 }
 

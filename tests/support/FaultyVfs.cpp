@@ -69,6 +69,9 @@ int Open(sqlite3_vfs* /*vfs*/, const char* name, sqlite3_file* file, int flags, 
   return code;
 }
 
+// SQLite's own pauses between tries, up to 10 s in all.
+int Sleep(sqlite3_vfs* /*vfs*/, int microseconds) { return microseconds; }
+
 }  // namespace
 
 FaultyVfs::FaultyVfs() : m_real(sqlite3_vfs_find(nullptr)), m_vfs(*m_real) {
@@ -77,6 +80,7 @@ FaultyVfs::FaultyVfs() : m_real(sqlite3_vfs_find(nullptr)), m_vfs(*m_real) {
   m_vfs.pNext = nullptr;
   m_vfs.szOsFile = static_cast<int>(sizeof(File)) + m_real->szOsFile;
   m_vfs.xOpen = Open;
+  m_vfs.xSleep = Sleep;
   sqlite3_vfs_register(&m_vfs, 1);
 }
 

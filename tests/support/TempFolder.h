@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <string>
 
+#include "client/log/TypeConvert.h"
+
 namespace Drive::Testing {
 
 class TempFolder {
@@ -25,8 +27,11 @@ class TempFolder {
   TempFolder& operator=(const TempFolder&) = delete;
 
   const std::filesystem::path& Path() const { return m_path; }
-  std::wstring Wide(const std::string& name) const { return (m_path / name).wstring(); }
-  std::string Narrow(const std::string& name) const { return (m_path / name).u8string(); }
+  // Of a file in the folder; its name is UTF-8.
+  std::wstring Wide(const std::string& name) const { return TypeConvert::UTF8ToUnicode(Narrow(name)); }
+  std::string Narrow(const std::string& name) const {
+    return (m_path / std::filesystem::u8path(name)).u8string();
+  }
 
  private:
   std::filesystem::path m_path;

@@ -1,0 +1,31 @@
+// CommandLine.h - what drivelog-collector was asked to do.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "collector/Collector.h"
+#include "collector/Request.h"
+
+namespace Drive::Collection {
+
+struct DecodeOrder {
+  Channel channel = Channel::kMaintenance;
+  std::filesystem::path headersFile;
+  std::filesystem::path bodyFile;
+  std::filesystem::path rsaKeyFile;  // one of these two for the operation channel
+  std::filesystem::path dataFolder;
+  DeflateRule deflateRule = DeflateRule::kAsZlibMakes;
+};
+
+struct CommandLine {
+  Collector::Options options;
+  std::filesystem::path readyFile;    // empty: none
+  std::optional<DecodeOrder> decode;  // instead of serving
+  std::optional<int> exitCode;        // help was shown, or the line was wrong: nothing to do
+};
+
+CommandLine ParseCommandLine(int argc, char** argv);
+
+}  // namespace Drive::Collection

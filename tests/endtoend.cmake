@@ -1,0 +1,10 @@
+# The whole library against the real collector.
+add_executable(exit_while_running programs/exit_while_running.cpp)
+drivelog_target_settings(exit_while_running)
+target_link_libraries(exit_while_running PRIVATE drivelog_operatelog drivelog_test_support)
+
+drivelog_test(endtoend_tests
+              SOURCES EndToEndExitTest.cpp EndToEndMaintenanceTest.cpp
+              USES drivelog_operatelog drivelog_collector drivelog_test_support)
+target_compile_definitions(endtoend_tests PRIVATE EXIT_WHILE_RUNNING="$<TARGET_FILE:exit_while_running>")
+add_dependencies(endtoend_tests exit_while_running)
