@@ -70,7 +70,7 @@ void NaiveCount(benchmark::State& state) {
   const std::string& path = PathOf(state.range(0));
   const std::int64_t before = sqlite3_memory_used();
   sqlite3_memory_highwater(1);
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const ConnectionHandle connection = Open(path);
     char** table = nullptr;
     int rows = 0;
@@ -91,7 +91,7 @@ void Bound(benchmark::State& state) {
   sqlite3_memory_highwater(1);
   // As in the store, what a count has found lives on from check to check.
   Drive::SQLiteDB::RowCap rowCap;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const ConnectionHandle connection = Open(path);
     if (rowCap.IsReached(connection.get(), "T_UserLog", kCap) != false) state.SkipWithError("wrong answer");
   }
@@ -101,7 +101,7 @@ void Bound(benchmark::State& state) {
 // The count that a table with gaps needs once for every tenth of the cap that it grows.
 void BoundThatCounts(benchmark::State& state) {
   const std::string& path = PathOf(state.range(0));
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const ConnectionHandle connection = Open(path);
     Drive::SQLiteDB::RowCap rowCap;
     if (rowCap.IsReached(connection.get(), "T_UserLog", kCap) != false) state.SkipWithError("wrong answer");

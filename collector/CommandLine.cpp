@@ -62,7 +62,7 @@ CommandLine ParseCommandLine(int argc, char** argv) {
   app.add_option("--expect-token", line.options.expectedToken,
                  "access token (URL-encoded) without which UBA uploads are refused");
   app.add_option("--certificate", line.options.certificate, "good, expired, wrong-host or foreign")
-      ->transform(CLI::CheckedTransformer(CertificateNames()));
+      ->transform(CLI::CheckedTransformer(CertificateNames()).description(""));
   app.add_option("--fault", faults, R"(answer wrongly, such as {"status":500,"count":3}; may be repeated)");
   app.add_flag("--any-deflate", anyDeflate, "take bodies that another deflate library than zlib compressed");
 
@@ -71,7 +71,7 @@ CommandLine ParseCommandLine(int argc, char** argv) {
   decodeCommand->fallthrough();  // --data-dir and --any-deflate
   decodeCommand->add_option("--channel", decode.channel, "maintenance, operation or uba")
       ->required()
-      ->transform(CLI::CheckedTransformer(ChannelNames()));
+      ->transform(CLI::CheckedTransformer(ChannelNames()).description(""));
   decodeCommand->add_option("--headers", headersFile, "file of the HTTP headers, one a line")->required();
   decodeCommand->add_option("--body", bodyFile, "file of the body as sent")->required();
   decodeCommand->add_option("--rsa-key", rsaKeyFile, "private key (PEM) of the operation channel");

@@ -73,11 +73,32 @@ bool Holds(const Members& members, const std::string& name) {
   return false;
 }
 
+// JsonCpp lets comments pass at the beginning of an object, and control characters in strings.
+bool HasOnlyJsonCharacters(const std::string& text) {
+  bool inString = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    const bool isBlank = c == '\t' || c == '\n' || c == '\r';
+    if ((c >= '\0' && c < ' ' && (inString || !isBlank)) || (c == '/' && !inString)) {
+      return false;
+    }
+    if (c == '\\' && inString) {
+      ++i;
+    } else if (c == '"') {
+      inString = !inString;
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 Json::Value ParseObject(const std::string& text, const char* subject) {
   if (!IsUtf8(text)) {
     throw Refusal(std::string(subject) + " is not UTF-8");
+  }
+  if (!HasOnlyJsonCharacters(text)) {
+    throw Refusal(std::string(subject) + " is not JSON: it holds a comment or a control character");
   }
   Json::CharReaderBuilder builder;
   Json::CharReaderBuilder::strictMode(&builder.settings_);

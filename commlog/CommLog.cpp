@@ -66,8 +66,6 @@ struct CommLog::State {
 
 CommLog::CommLog() : m_state(new State) {}
 
-CommLog::~CommLog() = default;
-
 CommLog& CommLog::GetInstance() {
   static CommLog& instance = *new CommLog;
   static const PastGuard guard;

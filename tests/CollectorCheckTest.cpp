@@ -209,7 +209,7 @@ TEST(CollectorCheckTest, TakesOtherDeflateDataOnlyWhenToldTo) {
 TEST(CollectorCheckTest, RefusesTextThatIsNotStrictJson) {
   const std::string deep(5000, '[');
   for (const std::string& text :
-       {std::string("[]"), std::string("{} {}"), std::string("{/**/}"),
+       {std::string("[]"), std::string("{} {}"), std::string("{/**/}"), std::string("{\"a\":\"\n\"}"),
         std::string("{\"header\":1,\"header\":1}"), std::string("{\"a\":\"\xC0\x80\"}"),
         std::string("{\"a\":\"\xED\xA0\x80\"}"), "{\"a\":" + deep, std::string("{\"a\":'b'}"),
         std::string("{\"a\":NaN}"), std::string(" ")}) {

@@ -6,6 +6,7 @@
 #include <openssl/x509.h>
 #include <zlib.h>
 
+#include <cstdio>
 #include <memory>
 #include <stdexcept>
 #include <vector>
@@ -20,7 +21,7 @@ std::string Hex(const std::string& bytes) {
   std::string text;
   for (const unsigned char byte : bytes) {
     char digits[3];
-    snprintf(digits, sizeof digits, "%02x", byte);
+    std::snprintf(digits, sizeof digits, "%02x", byte);
     text += digits;
   }
   return text;

@@ -4,7 +4,7 @@ drivelog_target_settings(exit_while_running)
 target_link_libraries(exit_while_running PRIVATE drivelog_operatelog drivelog_test_support)
 
 drivelog_test(endtoend_tests
-              SOURCES EndToEndExitTest.cpp EndToEndMaintenanceTest.cpp
+              SOURCES EndToEndExitTest.cpp EndToEndMaintenanceTest.cpp EndToEndOperationTest.cpp
               USES drivelog_operatelog drivelog_collector drivelog_test_support)
 target_compile_definitions(endtoend_tests PRIVATE EXIT_WHILE_RUNNING="$<TARGET_FILE:exit_while_running>")
 add_dependencies(endtoend_tests exit_while_running)

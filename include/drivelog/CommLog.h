@@ -40,7 +40,7 @@ class DRIVELOG_API CommLog {
 
  private:
   CommLog();
-  ~CommLog();
+  ~CommLog() = default;
 
   struct State;
   State* m_state;  // never freed: detached threads report until the process is gone
