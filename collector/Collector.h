@@ -26,6 +26,8 @@ namespace Drive::Collection {
 // library sends is answered with 200, any other with 422 and the reason, so that the client keeps its rows;
 // a fault of the plan comes before both. The rest of its paths are the JSON interface of Api.h.
 //
+// The HTTP library makes the whole process ignore SIGPIPE.
+//
 // Thread-safety: every operation may be called from any thread, Start and Stop from one at a time.
 // Lifetime: it serves from construction; the destructor stops it.
 class Collector {

@@ -6,18 +6,9 @@
 #include <string>
 
 #include "collector/Collector.h"
-#include "collector/Request.h"
+#include "collector/DecodeCommand.h"
 
 namespace Drive::Collection {
-
-struct DecodeOrder {
-  Channel channel = Channel::kMaintenance;
-  std::filesystem::path headersFile;
-  std::filesystem::path bodyFile;
-  std::filesystem::path rsaKeyFile;  // one of these two for the operation channel
-  std::filesystem::path dataFolder;
-  DeflateRule deflateRule = DeflateRule::kAsZlibMakes;
-};
 
 struct CommandLine {
   Collector::Options options;

@@ -14,7 +14,6 @@ constexpr char kAuthorityFile[] = "ca.pem";
 constexpr char kAuthorityKeyFile[] = "ca-key.pem";
 constexpr char kServerFile[] = "server.pem";
 constexpr char kServerKeyFile[] = "server-key.pem";
-constexpr char kRsaKeyFile[] = "rsa-key.pem";
 
 void WriteFile(const std::filesystem::path& file, const std::string& content) {
   std::ofstream out(file, std::ios::binary | std::ios::trunc);

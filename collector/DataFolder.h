@@ -13,6 +13,8 @@
 
 namespace Drive::Collection {
 
+inline constexpr char kRsaKeyFile[] = "rsa-key.pem";
+
 // Private keys can be read by their owner only. Everything throws std::runtime_error with the file's name.
 //
 // Thread-safety: none.

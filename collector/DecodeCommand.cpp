@@ -1,8 +1,8 @@
 // DecodeCommand.cpp - "drivelog-collector decode": what one captured request says.
 #include "collector/DecodeCommand.h"
 
-#include <iostream>
 #include <optional>
+#include <ostream>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -36,26 +36,24 @@ std::optional<RsaKey> KeyOf(const DecodeOrder& order) {
   if (order.channel != Channel::kOperation) {
     return std::nullopt;
   }
-  if (!order.rsaKeyFile.empty()) {
-    return RsaKey(KeyFromPem(ReadFile(order.rsaKeyFile)));
-  }
-  if (order.dataFolder.empty()) {
+  if (order.rsaKeyFile.empty() && order.dataFolder.empty()) {
     throw std::runtime_error("the operation channel needs --rsa-key or --data-dir");
   }
-  return DataFolder(order.dataFolder).Rsa();
+  const bool isGiven = !order.rsaKeyFile.empty();
+  return RsaKey(KeyFromPem(ReadFile(isGiven ? order.rsaKeyFile : order.dataFolder / kRsaKeyFile)));
 }
 
 }  // namespace
 
-int RunDecode(const DecodeOrder& order) {
+int RunDecode(const DecodeOrder& order, std::ostream& out, std::ostream& err) {
   const std::optional<RsaKey> key = KeyOf(order);
   const Verdict verdict = Check(order.channel, ReadHeaders(order.headersFile), ReadFile(order.bodyFile),
                                 {key ? &*key : nullptr, "", order.deflateRule});
   if (const auto* refused = std::get_if<Refused>(&verdict)) {
-    std::cerr << refused->reason << '\n';
+    err << refused->reason << '\n';
     return 1;
   }
-  std::cout << std::get<Accepted>(verdict).plainText << '\n';
+  out << std::get<Accepted>(verdict).plainText << '\n';
   return 0;
 }
 

@@ -9,7 +9,6 @@
 #include <thread>
 
 #include "collector/CommandLine.h"
-#include "collector/DecodeCommand.h"
 #include "collector/JsonCheck.h"
 
 namespace {
@@ -61,7 +60,7 @@ int main(int argc, char** argv) {
     if (line.exitCode) {
       return *line.exitCode;
     }
-    return line.decode ? RunDecode(*line.decode) : Serve(line);
+    return line.decode ? RunDecode(*line.decode, std::cout, std::cerr) : Serve(line);
   } catch (const std::exception& error) {
     std::cerr << "drivelog-collector: " << error.what() << '\n';
     return 1;

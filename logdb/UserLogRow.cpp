@@ -33,6 +33,13 @@ constexpr TextColumn kTextColumns[] = {
     {22, Fields::kOprType},
 };
 
+constexpr char16_t kByteOrderMark = 0xFEFF;
+
+// SQLite takes such a first character for a mark of the byte order, and off the text. It takes one only.
+bool StartsLikeByteOrderMark(const std::u16string& text) {
+  return !text.empty() && (text[0] == kByteOrderMark || text[0] == 0xFFFE);
+}
+
 std::wstring ReadText(sqlite3_stmt* select, int column) {
   // A text ends at its first NUL, as it does on its way in.
   const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(select, column));
@@ -69,6 +76,7 @@ int RowBinder::Bind(sqlite3_stmt* insert, const UserLog& record) {
   for (const TextColumn& column : kTextColumns) {
     std::u16string& text = m_texts[next++];
     text = TypeConvert::UnicodeToUTF16(record.*column.field);
+    if (StartsLikeByteOrderMark(text)) text.insert(text.begin(), kByteOrderMark);
     note(sqlite3_bind_text16(insert, column.number, text.c_str(), -1, SQLITE_STATIC));
   }
   note(sqlite3_bind_double(insert, 9, record.get_UseTime()));

@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "client/common/EncryptHelper.h"
 #include "client/common/IPCDriveClient.h"
@@ -25,7 +26,9 @@ std::string Echo(int command, const std::string& payload) { return std::to_strin
 
 // Connects to the endpoint as no client does; false when it cannot.
 bool ConnectAndLeave(std::string bytes) {
-  nng_stream_dialer* dialer = nullptr;
+  // Kept, as the client keeps its own: nng may look at it after its connection is closed.
+  static auto& dialers = *new std::vector<nng_stream_dialer*>;
+  nng_stream_dialer*& dialer = dialers.emplace_back();
   nng_aio* aio = nullptr;
   nng_aio_alloc(&aio, nullptr, nullptr);
   nng_stream_dialer_alloc(&dialer, Platform::LocalEndpoint(endpointName).c_str());
@@ -42,7 +45,6 @@ bool ConnectAndLeave(std::string bytes) {
     }
     nng_stream_free(stream);
   }
-  nng_stream_dialer_free(dialer);
   nng_aio_free(aio);
   return isConnected;
 }

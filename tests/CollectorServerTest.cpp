@@ -217,7 +217,6 @@ TEST_F(CollectorServerTest, KeepsItsKeysAndRequestsOverARestart) {
   EXPECT_EQ(540u, key.size());
   const TestRequest request = Request(Channel::kOperation);
   EXPECT_EQ(200, StatusOf(Post(request)));
-  const auto oldClient = Client();  // has read nothing yet, but its CA file is that of the first run
   const std::string ca = ReadFile(Service().CaPath());
 
   m_collector.reset();

@@ -80,6 +80,8 @@ TEST_F(LogDbRecordsTest, KeepsTextsWholeAndApart) {
       {"outside the basic plane", L"a" + smile + L"z", L"a" + smile + L"z"},
       {"lone high surrogate", std::wstring(1, static_cast<wchar_t>(0xD83D)), L"\xFFFD"},
       {"lone low surrogate", std::wstring(1, static_cast<wchar_t>(0xDE00)) + L"z", L"\xFFFDz"},
+      {"byte-order mark", L"\xFEFF\x4E2D", L"\xFEFF\x4E2D"},
+      {"swapped byte-order mark", L"\xFFFE\x4E2D", L"\xFFFD\x4E2D"},
       {"embedded NUL ends the text", std::wstring(L"a\0z", 3), L"a"},
       {"one million characters", std::wstring(1000000, L'\x4E2D'), std::wstring(1000000, L'\x4E2D')},
       {"quotes", L"'\"; DROP TABLE T_UserLog;--", L"'\"; DROP TABLE T_UserLog;--"},

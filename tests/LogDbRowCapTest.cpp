@@ -78,6 +78,46 @@ TEST_F(LogDbRowCapTest, AnswersWhatCountingWouldAnswer) {
   sqlite3_close(raw);
 }
 
+// A file from elsewhere may hold more rows than the growth of its largest id since the last count tells.
+TEST_F(LogDbRowCapTest, NoticesRowsBelowTheOnesItHasCounted) {
+  Bilog::LogSettings::GetInstance().SetLogDbSize(100);
+  Run("INSERT INTO T_UserLog (Id, IsMaintenanceLog) VALUES (1000, 0), (1200, 0)");
+  Insert({Record(L"counted")});
+  Run("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n LIMIT 150) "
+      "INSERT INTO T_UserLog (Id, IsMaintenanceLog) SELECT i, 0 FROM n");
+  Insert({Record(L"new")});
+  EXPECT_EQ("144", Query("SELECT count(*) FROM T_UserLog"));
+  EXPECT_EQ("11", Query("SELECT min(Id) FROM T_UserLog"));
+}
+
+TEST_F(LogDbRowCapTest, CountsAnotherFileAnew) {
+  Bilog::LogSettings::GetInstance().SetLogDbSize(100);
+  Run("INSERT INTO T_UserLog (Id, IsMaintenanceLog) VALUES (1000, 0), (1200, 0)");
+  Insert({Record(L"counted")});
+  g_logDbFullPathWithName = (m_folder.Path() / "db" / "Other.db").u8string();
+  ASSERT_TRUE(Database().InitDataBase(L"Other.db"));
+  OtherConnection other(g_logDbFullPathWithName);
+  other.Run(
+      "WITH RECURSIVE n(i) AS (SELECT 1000 UNION ALL SELECT i + 1 FROM n LIMIT 205) "
+      "INSERT INTO T_UserLog (Id, IsMaintenanceLog) SELECT i, 0 FROM n");
+  Insert({Record(L"new")});
+  EXPECT_EQ("196", other.Text("SELECT count(*) FROM T_UserLog"));
+}
+
+// A cut that fails can end the transaction; the batch must not go in one by one then.
+TEST_F(LogDbRowCapTest, KeepsTheBatchWhenTheCutEndsTheTransaction) {
+  Bilog::LogSettings::GetInstance().SetLogDbSize(10);
+  Insert(Many(10));
+  Run("CREATE TRIGGER Refuse BEFORE DELETE ON T_UserLog BEGIN SELECT RAISE(ROLLBACK, 'no'); END");
+  Insert({Record(L"new")});
+  EXPECT_EQ("0 1 2 3 4 5 6 7 8 9", Actions());
+  ASSERT_EQ(1U, m_log.OfLevel(5).size());
+  EXPECT_EQ("_executeNoQuerySqlCmd failed,error code is 19,reason:no", m_log.OfLevel(5)[0].text);
+  Run("DROP TRIGGER Refuse");
+  Insert({});
+  EXPECT_EQ("1 2 3 4 5 6 7 8 9 new", Actions());
+}
+
 TEST_F(LogDbRowCapTest, ReportsATableThatCannotBeReadAndStillInserts) {
   Run("DROP TABLE T_UserLog");
   Run("CREATE TABLE T_UserLog "

@@ -12,6 +12,8 @@
 
 #include <chrono>
 #include <cstdint>
+#include <map>
+#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -47,12 +49,10 @@ std::string Endpoint() {
 struct HandleFree {
   void operator()(nng_aio* aio) const noexcept { nng_aio_free(aio); }
   void operator()(nng_stream* stream) const noexcept { nng_stream_free(stream); }
-  void operator()(nng_stream_dialer* dialer) const noexcept { nng_stream_dialer_free(dialer); }
   void operator()(nng_stream_listener* listener) const noexcept { nng_stream_listener_free(listener); }
 };
 using Aio = std::unique_ptr<nng_aio, HandleFree>;
 using Stream = std::unique_ptr<nng_stream, HandleFree>;
-using Dialer = std::unique_ptr<nng_stream_dialer, HandleFree>;
 using StreamListener = std::unique_ptr<nng_stream_listener, HandleFree>;
 
 // How long a conversation may last, and the signal that cuts it short.
@@ -155,15 +155,25 @@ bool ReceiveFramed(nng_stream* stream, std::string& payload, const Limit& limit)
          Receive(stream, size, payload, limit);
 }
 
+// The dialer of an endpoint, null when it is no endpoint. A dialer is kept: its connections refer to it until
+// nng, on a thread of its own, has taken them apart.
+nng_stream_dialer* DialerTo(const std::string& endpoint) {
+  static std::mutex& mutex = *new std::mutex;  // guards dialers
+  static auto& dialers = *new std::map<std::string, nng_stream_dialer*>;
+  const std::lock_guard<std::mutex> lock(mutex);
+  nng_stream_dialer*& dialer = dialers[endpoint];
+  if (dialer == nullptr) {
+    nng_stream_dialer_alloc(&dialer, endpoint.c_str());
+  }
+  return dialer;
+}
+
 // Null when nobody listens.
 Stream Connect(const std::string& endpoint, const Limit& limit) {
-  nng_stream_dialer* allocated = nullptr;
-  if (nng_stream_dialer_alloc(&allocated, endpoint.c_str()) != 0) {
-    return nullptr;
-  }
-  const Dialer dialer(allocated);
+  nng_stream_dialer* const dialer = DialerTo(endpoint);
   Operation dial;
-  const bool isConnected = dial.Run(limit, [&](nng_aio* aio) { nng_stream_dialer_dial(dialer.get(), aio); });
+  const bool isConnected =
+      dialer != nullptr && dial.Run(limit, [&](nng_aio* aio) { nng_stream_dialer_dial(dialer, aio); });
   return isConnected ? dial.TakeStream() : nullptr;
 }
 
