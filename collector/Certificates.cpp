@@ -21,7 +21,7 @@ namespace {
 constexpr int kX509Version3 = 2;  // counted from 0
 constexpr int kAuthorityDays = 3650;
 constexpr int kServerDays = 365;
-constexpr long kSecondsPerDay = 24 * 3600;
+constexpr long kSecondsPerDay = 86400;
 
 struct BioDeleter {
   void operator()(BIO* bio) const noexcept { BIO_free(bio); }

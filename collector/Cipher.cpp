@@ -122,7 +122,7 @@ std::optional<std::string> DecipherAes(const std::string& key, const std::string
     ERR_clear_error();
     return std::nullopt;
   }
-  text.resize(static_cast<std::size_t>(bulk + rest));
+  text.resize(static_cast<std::size_t>(bulk) + static_cast<std::size_t>(rest));
   return text;
 }
 

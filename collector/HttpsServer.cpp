@@ -92,9 +92,8 @@ class HttpsServer::Listener {
     if (port != 0 && httplib::Client(host, port).Get("/").error() != httplib::Error::Connection) {
       throw std::runtime_error("port " + std::to_string(port) + " is in use");
     }
-    const bool bound = port == 0 ? (m_port = m_server.bind_to_any_port(host)) > 0
-                                 : m_server.bind_to_port(host, m_port = port);
-    if (!bound) {
+    m_port = port == 0 ? m_server.bind_to_any_port(host) : m_server.bind_to_port(host, port) ? port : -1;
+    if (m_port <= 0) {
       throw std::runtime_error("cannot listen on " + host + ":" + std::to_string(port));
     }
   }

@@ -113,7 +113,7 @@ Json::Value ParseObject(const std::string& text, const char* subject) {
     errors = error.what();
   }
   if (!parsed) {
-    throw Refusal(std::string(subject) + " is not JSON: " + errors);
+    throw Refusal(std::string(subject).append(" is not JSON: ").append(errors));
   }
   if (!value.isObject()) {
     throw Refusal(std::string(subject) + " is not an object");
@@ -133,7 +133,7 @@ void RequireMembers(const Json::Value& object, const std::string& subject, const
   }
   for (const std::string& name : object.getMemberNames()) {
     if (!Holds(required, name) && !Holds(optional, name)) {
-      throw Refusal(subject + " has an unknown member \"" + name + "\"");
+      throw Refusal(subject + " has an unknown member " + Json::valueToQuotedString(name.c_str()));
     }
   }
 }

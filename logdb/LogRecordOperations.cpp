@@ -139,8 +139,8 @@ bool LogSQLiteDB::StoreBatch(const std::vector<UserLog>& batch, bool uba, Pendin
   if (!inserter.IsReady()) return false;
 
   CheckDbSize(connection, uba);
-  if (connection.IsAutoCommit())
-    return false;  // the failed cut, which is reported, has ended the transaction
+  // A cut that fails, which it has reported, may have ended the transaction.
+  if (connection.IsAutoCommit()) return false;
 
   // Read behind the beginning: what a deletion discards now, it also waits to delete from the table.
   KeptRecords& kept = TableFor(uba).kept;

@@ -3,6 +3,7 @@
 
 #include "drivelog/BILogger.h"
 #include "drivelog/BiDataBase.h"
+#include "drivelog/OperationLogger.h"
 #include "operatelog/OperationLoggerTimer.h"
 #include "operatelog/UbaLoggerTimer.h"
 #include "tests/OperateLogRequestDecoder.h"
@@ -97,6 +98,21 @@ TEST_F(OperationUploadTest, KeepsTheRecordsWithoutAKeyAndWhenOfflineAndWhenSwitc
     EXPECT_EQ(m_log.All().back().text, each.message);
   }
   EXPECT_TRUE(server.Requests().empty());
+}
+
+TEST_F(OperationUploadTest, LeavesNothingWhenTheSwitchGoesOffInTheMiddleOfAnUpload) {
+  const Testing::Answer switchOff = [](Testing::Peer& peer) {
+    OperationLogger::GetInstance().SetOperationLogSwitchState(false);
+    Testing::Status(500)(peer);
+  };
+  Testing::ScriptedServer server(m_authority.Issue("localhost"), {switchOff});
+  Configure(server.Url());
+  Store({Record(L"only")}, false);
+  const auto uploader = MakeUploader();
+  uploader->TimerHandler();
+  uploader->TimerHandler();
+  EXPECT_TRUE(m_storage.Rows(false).empty());
+  EXPECT_EQ(server.Requests().size(), 2u);  // the attempts of the first tick
 }
 
 TEST_F(OperationUploadTest, HalvesABatchThatIsTooLargeAndDeletesExactlyWhatWasAccepted) {
