@@ -7,8 +7,8 @@
 
 #include <zlib.h>
 
+#include <algorithm>
 #include <array>
-#include <memory>
 
 #include "client/log/TypeConvert.h"
 #include "platform/Clock.h"
@@ -80,13 +80,14 @@ std::vector<unsigned char> ZlibCompress(const std::string& text) {
   if (text.empty()) {
     return {};
   }
-  // Only the threads that upload pay for it.
-  thread_local const std::unique_ptr<unsigned char[]> buffer(new unsigned char[kMaxZlibBytes]);
-  uLongf size = kMaxZlibBytes;
-  if (compress(buffer.get(), &size, InputBytes(text), static_cast<uLong>(text.size())) != Z_OK) {
+  std::vector<unsigned char> body(
+      std::min<std::size_t>(compressBound(static_cast<uLong>(text.size())), kMaxZlibBytes));
+  uLongf size = static_cast<uLongf>(body.size());
+  if (compress(body.data(), &size, InputBytes(text), static_cast<uLong>(text.size())) != Z_OK) {
     return {};
   }
-  return {buffer.get(), buffer.get() + size};
+  body.resize(size);
+  return body;
 }
 
 std::vector<unsigned char> MakeBiEnvelope(const std::wstring& requestId, const std::wstring& serviceId,

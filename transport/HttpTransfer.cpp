@@ -19,22 +19,6 @@ namespace {
 constexpr long kDnsCacheSeconds = 300;
 constexpr int kPollMilliseconds = 50;
 
-struct ShareDeleter {
-  void operator()(CURLSH* handle) const noexcept { curl_share_cleanup(handle); }
-};
-
-// The calling thread's cache of looked-up names. No other thread uses it, so it needs no lock.
-CURLSH* ThreadDnsShare() {
-  thread_local const std::unique_ptr<CURLSH, ShareDeleter> share = [] {
-    std::unique_ptr<CURLSH, ShareDeleter> made(curl_share_init());
-    if (made != nullptr) {
-      curl_share_setopt(made.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_DNS);
-    }
-    return made;
-  }();
-  return share.get();
-}
-
 // Keeps an easy handle in a multi handle for as long as an attempt takes.
 class Attachment {
  public:
@@ -70,8 +54,19 @@ std::size_t KeepResponse(char* data, std::size_t size, std::size_t count, void* 
   return bytes;
 }
 
+CURLSH* DnsShare::Handle() {
+  if (m_handle == nullptr) {
+    m_handle.reset(curl_share_init());
+    if (m_handle != nullptr) {
+      curl_share_setopt(m_handle.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_DNS);
+    }
+  }
+  return m_handle.get();
+}
+
 std::unique_ptr<HttpTransfer> HttpTransfer::InitCurl(const std::string& body, const std::string& url,
-                                                     const std::vector<std::string>& headerLines) {
+                                                     const std::vector<std::string>& headerLines,
+                                                     DnsShare& dns) {
   if (g_certPath.Get().empty()) {
     CommLog::GetInstance().PrintLog(LogLevel::kError, 238, "Drive::Bilog::PushLogRequest::InitCurl",
                                     "Path of certfile is empty");
@@ -83,7 +78,7 @@ std::unique_ptr<HttpTransfer> HttpTransfer::InitCurl(const std::string& body, co
   if (transfer->m_multi == nullptr || transfer->m_easy == nullptr || !transfer->SetHeaders(headerLines)) {
     return nullptr;
   }
-  transfer->SetOptions(body, url);
+  transfer->SetOptions(body, url, dns);
   return transfer;
 }
 
@@ -99,10 +94,10 @@ bool HttpTransfer::SetHeaders(const std::vector<std::string>& lines) {
   return true;
 }
 
-void HttpTransfer::SetOptions(const std::string& body, const std::string& url) {
+void HttpTransfer::SetOptions(const std::string& body, const std::string& url, DnsShare& dns) {
   const GlobalValue& global = GlobalValue::GetInstatnce();
   CURL* const easy = m_easy.get();
-  curl_easy_setopt(easy, CURLOPT_SHARE, ThreadDnsShare());
+  curl_easy_setopt(easy, CURLOPT_SHARE, dns.Handle());
   curl_easy_setopt(easy, CURLOPT_DNS_CACHE_TIMEOUT, kDnsCacheSeconds);
   curl_easy_setopt(easy, CURLOPT_URL, url.c_str());
   curl_easy_setopt(easy, CURLOPT_HTTPHEADER, m_headers.get());

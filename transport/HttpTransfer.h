@@ -23,6 +23,22 @@ struct ResponseText {
 // dropped. Without user data nothing is taken, which fails the transfer.
 std::size_t KeepResponse(char* data, std::size_t size, std::size_t count, void* userData) noexcept;
 
+// A cache of looked-up names, for the transfers of one thread: it needs no lock.
+//
+// Held by their owner, since a thread's own storage is not torn down in order by every compiler.
+// Lifetime: outlives the transfers that use it.
+class DnsShare {
+ public:
+  // Made with the first use; null when libcurl has none to give.
+  CURLSH* Handle();
+
+ private:
+  struct Deleter {
+    void operator()(CURLSH* handle) const noexcept { curl_share_cleanup(handle); }
+  };
+  std::unique_ptr<CURLSH, Deleter> m_handle;
+};
+
 // One POST request and what it holds of libcurl.
 //
 // An attempt ends by itself at the latest: besides the client's limits for connecting and for slow transfers,
@@ -36,7 +52,7 @@ class HttpTransfer {
 
   // Null when no certificate file is set (which is reported), or libcurl has no handle to give.
   static std::unique_ptr<HttpTransfer> InitCurl(const std::string& body, const std::string& url,
-                                                const std::vector<std::string>& headerLines);
+                                                const std::vector<std::string>& headerLines, DnsShare& dns);
 
   // Makes one attempt. `mustAbort` is asked every 50 ms at the latest; CURLE_ABORTED_BY_CALLBACK when it
   // held.
@@ -60,7 +76,7 @@ class HttpTransfer {
 
   HttpTransfer() = default;
   bool SetHeaders(const std::vector<std::string>& lines);
-  void SetOptions(const std::string& body, const std::string& url);
+  void SetOptions(const std::string& body, const std::string& url, DnsShare& dns);
   void SetCertificateOptions();
   CURLcode Run(const std::function<bool()>& mustAbort);
 

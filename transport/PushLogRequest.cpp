@@ -64,7 +64,9 @@ bool IsTokenRefused(const HttpTransfer& transfer) {
 
 }  // namespace
 
-PushLogRequest::PushLogRequest() { InitialiseLibraries(); }
+PushLogRequest::PushLogRequest() : m_dns(std::make_unique<DnsShare>()) { InitialiseLibraries(); }
+
+PushLogRequest::~PushLogRequest() = default;
 
 void PushLogRequest::Init() {
   try {
@@ -108,7 +110,7 @@ bool PushLogRequest::PushLogToServer(const std::string& body, const std::string&
                                      const std::vector<std::string>& headerLines,
                                      const std::string& requestId) {
   constexpr const char* kFunction = "PushLogToServer";
-  const auto transfer = HttpTransfer::InitCurl(body, url, headerLines);
+  const auto transfer = HttpTransfer::InitCurl(body, url, headerLines, *m_dns);
   if (transfer == nullptr) {
     return false;
   }

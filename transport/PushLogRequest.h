@@ -9,6 +9,8 @@
 
 namespace Drive::Bilog {
 
+class DnsShare;
+
 // Posts encoded bodies to the two collectors, up to three attempts each, and renews an access token that the
 // collector refuses.
 //
@@ -21,6 +23,7 @@ class PushLogRequest {
  public:
   // Initialises libcurl and, before it, the crypto library; once in the process, never undone.
   PushLogRequest();
+  ~PushLogRequest();
   PushLogRequest(const PushLogRequest&) = delete;
   PushLogRequest& operator=(const PushLogRequest&) = delete;
 
@@ -45,6 +48,7 @@ class PushLogRequest {
   std::wstring m_ubaUri;   // of the collector of UBA records
   std::string m_udid;      // SHA-256 text of the settings file's device identifier
 
+  const std::unique_ptr<DnsShare> m_dns;             // of the thread that pushes
   std::atomic<std::int64_t> m_abortTime{INT64_MAX};  // ticks of the steady clock
 };
 
