@@ -23,9 +23,11 @@ else()
   target_link_libraries(drivelog PUBLIC drivelog_client)
 endif()
 if(BUILD_SHARED_LIBS AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
-  # A symbol that is missing is told when the library is linked, not when a host is.
-  target_link_options(drivelog PRIVATE LINKER:--no-undefined)
-  target_link_options(drivelog_client PRIVATE LINKER:--no-undefined)
+  # A symbol that is missing is told when the library is linked, not when a host is; and the code stays in the
+  # process when a host unloads it, since detached threads run in it.
+  foreach(library drivelog drivelog_client)
+    target_link_options(${library} PRIVATE LINKER:--no-undefined,-z,nodelete)
+  endforeach()
 endif()
 if(NOT BUILD_SHARED_LIBS)
   target_compile_definitions(drivelog INTERFACE DRIVELOG_STATIC)
