@@ -2,8 +2,6 @@
 #include "drivelog/BILogger.h"
 
 #include <array>
-#include <exception>
-#include <utility>
 
 #include "bilog/BILoggerManager.h"
 #include "bilog/BILoggerTimer.h"
@@ -13,6 +11,7 @@
 #include "client/common/ReadSyncConfigFile.h"
 #include "client/common/SharedGlobals.h"
 #include "client/log/TypeConvert.h"
+#include "commlog/Guarded.h"
 #include "commlog/LogLevel.h"
 #include "drivelog/BiDataBase.h"
 #include "drivelog/CommLog.h"
@@ -37,18 +36,6 @@ const char* const kDeviceIdKey = "MacAddressEncrypt";
 
 void Print(int level, int line, const char* location, const std::string& text) {
   CommLog::GetInstance().PrintLog(level, line, location, text);
-}
-
-// Runs one operation of the facade. The host never sees an exception of ours.
-template <typename Operation>
-void Guarded(const char* location, Operation&& operation) {
-  try {
-    operation();
-  } catch (const std::exception& error) {
-    Print(LogLevel::kError, __LINE__, location, error.what());
-  } catch (...) {
-    Print(LogLevel::kError, __LINE__, location, "unknown exception");
-  }
 }
 
 void SetDiskTypeZeroAbove(int code) {
@@ -135,12 +122,27 @@ void PrintSettings() {
 
 }  // namespace
 
+// What is left to do when static objects are destroyed.
+struct BILoggerEnd {
+  BILogger& logger;
+  ~BILoggerEnd() {
+    Guarded("Drive::Bilog::BILogger::~BILogger", [this] {
+      Platform::ProcessEnd::Begin();
+      logger.m_timer->Stop();
+      SQLiteDB::LogSQLiteDB::GetInstance().StoreKeptRecords();
+    });
+  }
+};
+
+// Never destroyed: when the process ends, a thread of the host may be in a call, and a static object of the
+// host may make one later.
 BILogger& BILogger::GetInstance() {
-  static BILogger instance;
+  static BILogger& instance = *new BILogger;
+  static const BILoggerEnd end{instance};
   return instance;
 }
 
-// Touches what it needs to its end first, so that all of it outlives this object.
+// Touches what it needs to its end first, so that all of it outlives that.
 BILogger::BILogger() {
   CommLog::GetInstance();
   LogSettings::GetInstance();
@@ -150,18 +152,10 @@ BILogger::BILogger() {
   m_manager = std::make_unique<BILoggerManager>();
 }
 
-BILogger::~BILogger() {
-  Guarded("Drive::Bilog::BILogger::~BILogger", [this] {
-    Platform::ProcessEnd::Begin();
-    m_timer.reset();
-    m_manager.reset();
-    SQLiteDB::LogSQLiteDB::GetInstance().StoreKeptRecords();
-  });
-}
+BILogger::~BILogger() = default;
 
 bool BILogger::InitDataBase(std::wstring logDbPath) {
-  bool initialised = false;
-  Guarded(kInitDataBase, [&] {
+  return Guarded(kInitDataBase, [&] {
     Print(LogLevel::kInfo, 168, kInitDataBase,
           "InitDataBase begin, logDbPath = " + TypeConvert::WStringToString(logDbPath));
     ReadDeviceAndVersion();
@@ -172,9 +166,8 @@ bool BILogger::InitDataBase(std::wstring logDbPath) {
     Print(LogLevel::kDebug, 197, kInitDataBase, "g_logDbFullPathWithName :" + g_logDbFullPathWithName.Get());
     Print(LogLevel::kInfo, 198, kInitDataBase,
           "InitDataBase Cert Path :" + TypeConvert::UnicodeToUTF8(g_certPath.Get()));
-    initialised = SQLiteDB::LogSQLiteDB::GetInstance().InitDataBase(fileName);
+    return SQLiteDB::LogSQLiteDB::GetInstance().InitDataBase(fileName);
   });
-  return initialised;
 }
 
 void BILogger::SetBiUbaDataPara(const BiUbaDataType& data) {

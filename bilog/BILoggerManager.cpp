@@ -2,23 +2,20 @@
 #include "bilog/BILoggerManager.h"
 
 #include <chrono>
-#include <deque>
-#include <exception>
-#include <mutex>
-#include <optional>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "bilog/RecordQueue.h"
 #include "client/common/SharedGlobals.h"
 #include "client/log/LoggerUtility.h"
 #include "client/log/TypeConvert.h"
-#include "commlog/LogLevel.h"
+#include "commlog/Guarded.h"
 #include "drivelog/BiDataBase.h"
-#include "drivelog/CommLog.h"
 #include "model/LogSettings.h"
+#include "model/UserLogFields.h"
 #include "platform/Clock.h"
-#include "platform/ProcessEnd.h"
+#include "platform/KeepLoaded.h"
 #include "transport/DeviceDescription.h"
 #include "transport/Identifiers.h"
 #include "transport/JsonText.h"
@@ -52,10 +49,7 @@ std::wstring ExtendFromText(const std::wstring& text) {
 }
 
 std::wstring ExtendFromMap(const BILoggerManager::ExtendMap& map) {
-  Json::Value object(Json::objectValue);
-  for (const auto& [key, value] : map) {
-    object[TypeConvert::UnicodeToUTF8(key)] = TypeConvert::UnicodeToUTF8(value);
-  }
+  Json::Value object = MakeJsonObject(map);
   SetBrandMembers(object);
   return TypeConvert::UTF8ToUnicode(WriteJson(object));
 }
@@ -66,56 +60,20 @@ void Store(std::vector<UserLog>& batch) {
 
 }  // namespace
 
-struct BILoggerManager::Queue {
-  std::mutex mutex;              // guards `records`
-  std::deque<UserLog> records;   // oldest first
+struct BILoggerManager::State {
+  RecordQueue queue;
   Platform::WakeSignal stopped;  // raised by the manager's end
-
-  std::size_t Size() {
-    const std::lock_guard<std::mutex> lock(mutex);
-    return records.size();
-  }
-
-  void Push(UserLog record) {
-    const std::lock_guard<std::mutex> lock(mutex);
-    records.push_back(std::move(record));
-  }
-
-  std::optional<UserLog> Pop() {
-    const std::lock_guard<std::mutex> lock(mutex);
-    if (records.empty()) {
-      return std::nullopt;
-    }
-    std::optional<UserLog> record(std::move(records.front()));
-    records.pop_front();
-    return record;
-  }
-
-  // The oldest records, at most a batch of them.
-  std::vector<UserLog> PopBatch() {
-    std::vector<UserLog> batch;
-    batch.reserve(kBatchSize);
-    while (batch.size() < kBatchSize) {
-      auto record = Pop();
-      if (!record) {
-        break;
-      }
-      batch.push_back(std::move(*record));
-    }
-    return batch;
-  }
 };
 
 BILoggerManager::BILoggerManager()
-    : m_queue(std::make_shared<Queue>()), m_systemName(GetOsVersionName()), m_systemModel(GetSystemModel()) {}
+    : m_state(std::make_shared<State>()), m_systemName(GetOsVersionName()), m_systemModel(GetSystemModel()) {}
 
-BILoggerManager::~BILoggerManager() {
-  if (!Platform::ProcessEnd::OtherThreadsAreGone()) {
-    m_queue->stopped.Raise();
-  }
+BILoggerManager::~BILoggerManager() { m_state->stopped.Raise(); }
+
+void BILoggerManager::Start() {
+  Platform::KeepLoaded();
+  std::thread(Work, m_state).detach();
 }
-
-void BILoggerManager::Start() { std::thread(Work, m_queue).detach(); }
 
 void BILoggerManager::AddEvent(const std::wstring& action, const std::wstring& code, const std::wstring& info,
                                const std::wstring& extend, const std::wstring& traceId) {
@@ -173,39 +131,34 @@ void BILoggerManager::Append(UserLog record) {
   record.set_Model(m_systemModel);
 
   // Two producers may both flush; each takes records of its own.
-  if (m_queue->Size() > kSoftBound) {
-    std::vector<UserLog> oldest = m_queue->PopBatch();
+  if (m_state->queue.Size() > kSoftBound) {
+    std::vector<UserLog> oldest = m_state->queue.Pop(kBatchSize);
     Store(oldest);
   }
-  m_queue->Push(std::move(record));
+  m_state->queue.Push(std::move(record));
 }
 
-void BILoggerManager::Work(const std::shared_ptr<Queue>& queue) {
-  const auto drain = [&queue] {
-    for (;;) {
-      std::vector<UserLog> batch = queue->PopBatch();
-      if (batch.empty()) {
-        return;
+void BILoggerManager::Drain(State& state) {
+  for (;;) {
+    std::vector<UserLog> batch = state.queue.Pop(kBatchSize);
+    for (UserLog& record : batch) {
+      if ((record.*UserLogFields::kUserId).empty()) {
+        record.set_UserId(LogSettings::GetInstance().GetUserId());
       }
-      for (UserLog& record : batch) {
-        if (record.get_UserId().empty()) {
-          record.set_UserId(LogSettings::GetInstance().GetUserId());
-        }
-      }
+    }
+    if (!batch.empty()) {
       Store(batch);
-      if (batch.size() < kBatchSize || Platform::CurrentClock().WaitFor(kBatchPause, queue->stopped)) {
-        return;
-      }
     }
-  };
+    if (batch.size() < kBatchSize || Platform::CurrentClock().WaitFor(kBatchPause, state.stopped)) {
+      return;
+    }
+  }
+}
+
+void BILoggerManager::Work(const std::shared_ptr<State>& state) {
   do {
-    try {
-      drain();
-    } catch (const std::exception& error) {
-      CommLog::GetInstance().PrintLog(LogLevel::kError, __LINE__, "Drive::Bilog::BILoggerManager::Work",
-                                      std::string("records not stored: ") + error.what());
-    }
-  } while (!Platform::CurrentClock().WaitFor(kWorkerPeriod, queue->stopped));
+    Guarded("Drive::Bilog::BILoggerManager::Work", [&state] { Drain(*state); });
+  } while (!Platform::CurrentClock().WaitFor(kWorkerPeriod, state->stopped));
 }
 
 }  // namespace Drive::Bilog

@@ -39,13 +39,14 @@ class BILoggerManager {
   void AddEvent(int code, const ExtendMap& extend);
 
  private:
-  struct Queue;
-  static void Work(const std::shared_ptr<Queue>& queue);
+  struct State;
+  static void Work(const std::shared_ptr<State>& state);
+  static void Drain(State& state);
 
   void Append(UserLog record);
 
-  std::shared_ptr<Queue> m_queue;   // shared with the workers
-  const std::wstring m_systemName;  // of the operating system; the same for every record of the process
+  const std::shared_ptr<State> m_state;  // the queue; shared with the workers
+  const std::wstring m_systemName;       // of the operating system; the same for every record of the process
   const std::wstring m_systemModel;
 };
 

@@ -8,6 +8,7 @@
 #include "commlog/LogLevel.h"
 #include "drivelog/CommLog.h"
 #include "platform/Clock.h"
+#include "platform/KeepLoaded.h"
 #include "platform/ProcessEnd.h"
 
 namespace Drive::Bilog {
@@ -31,21 +32,26 @@ struct SeparateThreadTimer::Run {
   std::shared_ptr<Run> previous;  // ends before this one begins; let go of by the thread then
   Platform::WakeSignal stop;
   Platform::WakeSignal ended;
-  std::thread::id thread;  // written before the run is published
+  std::thread::id thread;   // written before the run is published
+  bool isStopping = false;  // guarded by the timer's mutex; `stop` is raised after the unlocking
 };
 
 SeparateThreadTimer::~SeparateThreadTimer() { Stop(); }
 
 void SeparateThreadTimer::Start(std::chrono::milliseconds period, std::function<void()> task,
                                 std::function<void()> hurry) {
+  if (Platform::ProcessEnd::OtherThreadsAreGone()) {
+    return;
+  }
   auto run = std::make_shared<Run>();
   run->period = period.count() > 0 ? period : kDefaultPeriod;
   run->task = std::move(task);
   run->hurry = std::move(hurry);
 
+  Platform::KeepLoaded();
   try {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_run != nullptr && !m_run->stop.IsRaised()) {
+    if (m_run != nullptr && !m_run->isStopping) {
       return;
     }
     run->previous = m_run;
@@ -66,12 +72,13 @@ void SeparateThreadTimer::Stop() {
   std::shared_ptr<Run> run;
   {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_run == nullptr || m_run->stop.IsRaised()) {
+    if (m_run == nullptr || m_run->isStopping) {
       return;
     }
     run = m_run;
-    run->stop.Raise();
+    run->isStopping = true;
   }
+  run->stop.Raise();
   run->hurry();
   if (run->thread != std::this_thread::get_id()) {
     WaitForEnd(*run);
@@ -94,7 +101,7 @@ void SeparateThreadTimer::Loop(const std::shared_ptr<Run>& run) {
     WaitForEnd(*run->previous);
     run->previous.reset();
   }
-  while (!run->stop.IsRaised()) {
+  do {
     try {
       Platform::CurrentClock().WaitFor(run->period, run->stop);
       if (Platform::ProcessEnd::HasBegun()) {
@@ -106,7 +113,7 @@ void SeparateThreadTimer::Loop(const std::shared_ptr<Run>& run) {
     } catch (...) {
       Report("Drive::Bilog::SeparateThreadTimer::Loop", "task failed");
     }
-  }
+  } while (!run->stop.IsRaised());
   run->task = nullptr;
   run->ended.Raise();
 }

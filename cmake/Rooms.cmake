@@ -6,11 +6,14 @@ function(drivelog_target_settings target)
   target_compile_features(${target} PUBLIC cxx_std_17)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF POSITION_INDEPENDENT_CODE ON
                         VISIBILITY_INLINES_HIDDEN ON)
+  if(WIN32)
+    target_compile_definitions(${target} PRIVATE NOMINMAX WIN32_LEAN_AND_MEAN)
+  endif()
   if(MSVC)
     target_compile_options(${target} PRIVATE /W4 /utf-8 $<$<BOOL:${DRIVELOG_WERROR}>:/WX>)
   else()
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
-                           $<$<BOOL:${DRIVELOG_WERROR}>:-Werror>)
+                           $<$<BOOL:${DRIVELOG_WERROR}>:-Werror> $<$<BOOL:${DRIVELOG_WERROR}>:-pedantic-errors>)
   endif()
 endfunction()
 

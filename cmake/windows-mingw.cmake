@@ -11,6 +11,8 @@ set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 
+# Compiler messages, assertions and debug information name files relative to the tree.
+set(CMAKE_CXX_FLAGS_INIT "-ffile-prefix-map=${CMAKE_CURRENT_LIST_DIR}/..=.")
 foreach(kind EXE SHARED MODULE)
   set(CMAKE_${kind}_LINKER_FLAGS_INIT "-static")
 endforeach()
@@ -31,9 +33,10 @@ if(NOT DRIVELOG_WINDOWS_DEPS)
   set(DRIVELOG_WINDOWS_DEPS "${prefix}" CACHE PATH "Prefix of the libraries for Windows")
 endif()
 
-# Programs are this machine's; headers, libraries and packages are Windows' and nothing else.
-set(CMAKE_FIND_ROOT_PATH ${DRIVELOG_WINDOWS_DEPS})
-set(CMAKE_PREFIX_PATH ${DRIVELOG_WINDOWS_DEPS})
+# Programs are this machine's; headers, libraries and packages are Windows' and nothing else. A project that
+# uses the library adds where it is installed, as CMAKE_FIND_ROOT_PATH.
+list(APPEND CMAKE_FIND_ROOT_PATH ${DRIVELOG_WINDOWS_DEPS})
+list(APPEND CMAKE_PREFIX_PATH ${DRIVELOG_WINDOWS_DEPS})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

@@ -3,10 +3,13 @@
 
 #include <atomic>
 #include <chrono>
+#include <memory>
+#include <mutex>
 #include <thread>
 #include <utility>
 
 #include "client/log/SyncPanelLog.h"
+#include "commlog/Guarded.h"
 #include "platform/EndingLock.h"
 
 namespace {
@@ -73,15 +76,19 @@ CommLog& CommLog::GetInstance() {
 }
 
 void CommLog::SetLogFunc(LogFunc function) {
-  auto next = function ? std::make_shared<const LogFunc>(std::move(function)) : nullptr;
-  const auto lock = Drive::Platform::LockUnlessEnding(m_state->mutex);
-  // Swapped, so that what the previous function owns is destroyed after the unlocking.
-  if (lock.owns_lock()) m_state->function.swap(next);
+  Drive::Guarded("CommLog::SetLogFunc", [this, &function] {
+    auto next = function ? std::make_shared<const LogFunc>(std::move(function)) : nullptr;
+    const auto lock = Drive::Platform::LockUnlessEnding(m_state->mutex);
+    // Swapped, so that what the previous function owns is destroyed after the unlocking.
+    if (lock.owns_lock()) m_state->function.swap(next);
+  });
 }
 
 void CommLog::PrintLog(int level, int line, const std::string& location, const std::string& message) {
   const CallCounter counter;
-  if (g_isPast) return;
+  // With the other threads gone, the host's function or the log files may wait for a lock that one of them
+  // held.
+  if (g_isPast || Drive::Platform::ProcessEnd::OtherThreadsAreGone()) return;
   try {
     std::shared_ptr<const LogFunc> function;
     {

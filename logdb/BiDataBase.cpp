@@ -1,44 +1,44 @@
 // BiDataBase.cpp - the slots of the storage operations.
 #include "drivelog/BiDataBase.h"
 
-#include <exception>
 #include <utility>
 
-#include "commlog/LogLevel.h"
-#include "drivelog/CommLog.h"
+#include "commlog/Guarded.h"
 #include "platform/EndingLock.h"
 
 namespace Drive::Bilog {
 namespace {
 
 template <typename Function>
-void Store(std::mutex& mutex, Function& slot, Function function) {
-  const auto lock = Platform::LockUnlessEnding(mutex);
-  // Swapped, so that what the previous function owns is destroyed after the unlocking.
-  if (lock.owns_lock()) slot.swap(function);
+void Store(std::mutex& mutex, std::shared_ptr<const Function>& slot, Function function) {
+  Guarded("Drive::Bilog::BiDataBase", [&] {
+    auto next = function ? std::make_shared<const Function>(std::move(function)) : nullptr;
+    const auto lock = Platform::LockUnlessEnding(mutex);
+    // Swapped, so that what the previous function owns is destroyed after the unlocking.
+    if (lock.owns_lock()) slot.swap(next);
+  });
 }
 
 template <typename Function>
-Function Load(std::mutex& mutex, const Function& slot) {
+std::shared_ptr<const Function> Load(std::mutex& mutex, const std::shared_ptr<const Function>& slot) {
   const auto lock = Platform::LockUnlessEnding(mutex);
-  return lock.owns_lock() ? slot : Function();
+  return lock.owns_lock() ? slot : nullptr;
 }
 
-void Report(int line, const char* location, const char* text) {
-  CommLog::GetInstance().PrintLog(LogLevel::kError, line, location, text);
+template <typename Function>
+Function Copy(std::mutex& mutex, const std::shared_ptr<const Function>& slot) {
+  const auto function = Load(mutex, slot);
+  return function != nullptr ? *function : Function();
 }
 
 // Calls what the slot holds, under no lock. Nothing escapes; after a failure the result is a default one.
 template <typename Result, typename Function, typename... Arguments>
-Result Call(std::mutex& mutex, const Function& slot, const char* location, Arguments&... arguments) {
-  try {
-    if (const Function function = Load(mutex, slot)) return function(arguments...);
-  } catch (const std::exception& error) {
-    Report(__LINE__, location, error.what());
-  } catch (...) {
-    Report(__LINE__, location, "unknown exception");
-  }
-  return Result();
+Result Call(std::mutex& mutex, const std::shared_ptr<const Function>& slot, const char* location,
+            Arguments&... arguments) {
+  return Guarded(location, [&] {
+    const auto function = Load(mutex, slot);
+    return function != nullptr ? (*function)(arguments...) : Result();
+  });
 }
 
 }  // namespace
@@ -51,18 +51,14 @@ BiDataBase& BiDataBase::GetInstance() {
 BiDataBase::BiDataBase() = default;
 BiDataBase::~BiDataBase() = default;
 
-BiDataBase::BiDataBase(const BiDataBase& other)
-    : m_insertUserLogBatch(Load(other.m_mutex, other.m_insertUserLogBatch)),
-      m_deleteUserLogWithId(Load(other.m_mutex, other.m_deleteUserLogWithId)),
-      m_deleteAllOperationLogUserLog(Load(other.m_mutex, other.m_deleteAllOperationLogUserLog)),
-      m_getUserLogList(Load(other.m_mutex, other.m_getUserLogList)) {}
+BiDataBase::BiDataBase(const BiDataBase& other) { *this = other; }
 
 BiDataBase& BiDataBase::operator=(const BiDataBase& other) {
   if (this == &other) return *this;
-  setInsertUserLogBatchCallbackFunc(Load(other.m_mutex, other.m_insertUserLogBatch));
-  setDeleteUserLogWithIdCallbackFunc(Load(other.m_mutex, other.m_deleteUserLogWithId));
-  setDeleteAllOperationLogUserLogCallbackFunc(Load(other.m_mutex, other.m_deleteAllOperationLogUserLog));
-  setGetUserLogListCallbackFunc(Load(other.m_mutex, other.m_getUserLogList));
+  setInsertUserLogBatchCallbackFunc(Copy(other.m_mutex, other.m_insertUserLogBatch));
+  setDeleteUserLogWithIdCallbackFunc(Copy(other.m_mutex, other.m_deleteUserLogWithId));
+  setDeleteAllOperationLogUserLogCallbackFunc(Copy(other.m_mutex, other.m_deleteAllOperationLogUserLog));
+  setGetUserLogListCallbackFunc(Copy(other.m_mutex, other.m_getUserLogList));
   return *this;
 }
 

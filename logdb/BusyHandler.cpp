@@ -2,6 +2,7 @@
 #include "logdb/BusyHandler.h"
 
 #include <chrono>
+#include <cstdint>
 #include <random>
 #include <thread>
 
@@ -12,6 +13,8 @@ namespace Drive::SQLiteDB {
 namespace {
 
 constexpr int kMaxInvocations = 100;
+// With the other threads of the process gone the lock is another process's, which works on.
+constexpr int kMaxInvocationsAlone = 10;
 
 std::chrono::milliseconds RandomSlice() {
   // Two threads need different slices, nothing more: the address of a thread's own generator seeds it.
@@ -33,7 +36,8 @@ int WaitForDatabaseLock(void* /*connection*/, int invocations) {
   try {
     const bool isEnding = Platform::CurrentClock().WaitFor(RandomSlice(), ProcessEnd::Signal());
     if (isEnding) {
-      if (ProcessEnd::OtherThreadsAreGone() || ProcessEnd::PatienceLeft().count() <= 0) return 0;
+      const bool isAlone = ProcessEnd::OtherThreadsAreGone();
+      if (isAlone ? invocations >= kMaxInvocationsAlone : ProcessEnd::PatienceLeft().count() <= 0) return 0;
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     return invocations < kMaxInvocations ? 1 : 0;

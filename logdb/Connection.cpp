@@ -25,15 +25,12 @@ constexpr std::chrono::milliseconds kPause(10000);
 
 // Runs one statement of a transaction; false after a failure, which is reported.
 bool RunTransactionStatement(Connection& connection, const char* sql, const char* location) {
-  try {
-    const StatementHandle statement = connection.Prepare(sql);
-    if (statement != nullptr && sqlite3_step(statement.get()) == SQLITE_DONE) return true;
-    throw std::system_error(sqlite3_errcode(connection.Handle()), SqliteErrorCategory::GetInstance(),
-                            connection.Reason());
-  } catch (const std::exception& error) {
-    connection.Messages().Error(__LINE__, location, error.what());
-    return false;
-  }
+  const StatementHandle statement = connection.Prepare(sql);
+  if (statement != nullptr && sqlite3_step(statement.get()) == SQLITE_DONE) return true;
+  const std::system_error error(sqlite3_errcode(connection.Handle()), SqliteErrorCategory::GetInstance(),
+                                connection.Reason());
+  connection.Messages().Error(__LINE__, location, error.what());
+  return false;
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "logdb/UserLogRow.h"
 #include "platform/EndingLock.h"
 
 namespace Drive::SQLiteDB {
@@ -19,14 +20,30 @@ std::size_t KeptRecords::Keep(const std::vector<Bilog::UserLog>& batch, Moment s
   if (!lock.owns_lock()) return batch.size();
   if (m_lastDiscardOfAll > since) return 0;
 
+  std::size_t dropped = 0;
   for (const Bilog::UserLog& record : batch) {
     const auto discard = m_lastDiscard.find(record.get_IsMaintenanceLog());
     if (discard != m_lastDiscard.end() && discard->second > since) continue;
-    m_kept.push_back({m_nextNumber++, std::make_shared<const Bilog::UserLog>(record)});
+    const std::size_t bytes = MemoryBytes(record);
+    if (bytes > kMaxBytes) {
+      ++dropped;
+      continue;
+    }
+    m_kept.push_back({m_nextNumber++, bytes, std::make_shared<const Bilog::UserLog>(record)});
   }
-  const std::size_t excess = m_kept.size() - std::min(m_kept.size(), kMax);
-  m_kept.erase(m_kept.begin(), m_kept.begin() + static_cast<std::ptrdiff_t>(excess));
-  return excess;
+  return dropped + DropExcess();
+}
+
+std::size_t KeptRecords::DropExcess() {
+  std::size_t records = 0;
+  std::size_t bytes = 0;
+  const auto newestToGo = std::find_if(m_kept.rbegin(), m_kept.rend(), [&](const Kept& kept) {
+    bytes += kept.bytes;
+    return ++records > kMaxRecords || bytes > kMaxBytes;
+  });
+  const auto excess = m_kept.rend() - newestToGo;
+  m_kept.erase(m_kept.begin(), m_kept.begin() + excess);
+  return static_cast<std::size_t>(excess);
 }
 
 KeptRecords::Snapshot KeptRecords::All() const {

@@ -1,6 +1,7 @@
 // KeptRecords.h - records that the database could not take, waiting in memory for the next insert.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <map>
@@ -12,7 +13,8 @@
 
 namespace Drive::SQLiteDB {
 
-// Holds the records of one table, oldest first, at most kMax; then the oldest go.
+// Holds the records of one table, oldest first, up to two bounds, then the oldest go; a record that is above
+// a bound by itself goes instead of the others.
 //
 // Surprises: records stay here while an insert of them is under way, and go only when it is committed, so
 //            that a deletion meets them at any moment. Records of an insert that a deletion overtook are not
@@ -20,7 +22,8 @@ namespace Drive::SQLiteDB {
 // Thread-safety: every operation may be called from any thread; none enters the database.
 class KeptRecords {
  public:
-  static constexpr std::size_t kMax = 10000;
+  static constexpr std::size_t kMaxRecords = 10000;
+  static constexpr std::size_t kMaxBytes = 64U * 1024U * 1024U;  // of memory, about
 
   // A moment in the order of deletions.
   using Moment = std::uint64_t;
@@ -33,8 +36,8 @@ class KeptRecords {
 
   Moment Now() const;
 
-  // Keeps `batch`, but for records whose channel was deleted after `since`. Returns how many of the oldest
-  // were dropped.
+  // Keeps `batch`, but for records whose channel was deleted after `since`. Returns how many records were
+  // dropped, of these or of older ones.
   std::size_t Keep(const std::vector<Bilog::UserLog>& batch, Moment since);
 
   Snapshot All() const;
@@ -50,8 +53,12 @@ class KeptRecords {
  private:
   struct Kept {
     std::uint64_t number;
+    std::size_t bytes;
     std::shared_ptr<const Bilog::UserLog> record;
   };
+
+  // Drops the oldest that are above the bounds. Returns how many.
+  std::size_t DropExcess();
 
   mutable std::mutex m_mutex;  // guards what follows
   std::deque<Kept> m_kept;     // by ascending number

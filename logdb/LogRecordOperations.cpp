@@ -1,8 +1,8 @@
 // LogRecordOperations.cpp - appending, reading and deleting records.
 #include <algorithm>
-#include <exception>
 #include <string>
 
+#include "commlog/Guarded.h"
 #include "logdb/Connection.h"
 #include "logdb/LogSQLiteDB.h"
 #include "logdb/UserLogRow.h"
@@ -21,22 +21,13 @@ constexpr const char* kDeleteAllLocation = "Drive::SQLiteDB::LogSQLiteDB::Delete
 constexpr const char* kDeleteTablesLocation = "Drive::SQLiteDB::LogSQLiteDB::DeleteFromAllTables";
 constexpr const char* kCheckDbSizeLocation = "Drive::SQLiteDB::LogSQLiteDB::CheckDbSize";
 
-// Runs `operation`, which must not let anything escape into the host.
+// Runs `operation` under the lock of the record operations. While the process ends the lock may stay out of
+// reach. Not even a thread that the system has ended is passed over then: it may have held locks of SQLite's own
+// as well, and waiting for those would never end.
 template <typename Operation>
-void Guarded(PendingMessages& messages, const char* location, const Operation& operation) {
-  try {
-    operation();
-  } catch (const std::exception& error) {
-    messages.Error(__LINE__, location, error.what());
-  } catch (...) {
-    messages.Error(__LINE__, location, "unknown exception");
-  }
-}
-
-// The same, under the lock of the record operations. While the process ends the lock may stay out of reach.
-template <typename Operation>
-void Guarded(PendingMessages& messages, const char* location, std::mutex& mutex, const Operation& operation) {
-  Guarded(messages, location, [&] {
+void GuardedAndLocked(const char* location, std::mutex& mutex, PendingMessages& messages,
+                      const Operation& operation) {
+  Guarded(location, [&] {
     const auto lock = Platform::LockUnlessEnding(mutex);
     if (lock.owns_lock()) {
       operation();
@@ -112,19 +103,18 @@ void LogSQLiteDB::InsertUserLogBatch(std::vector<UserLog>& batch, bool uba) {
   KeptRecords& kept = TableFor(uba).kept;
   KeptRecords::Moment begun = kept.Now();
   bool isStored = false;
-  Guarded(messages, kInsertLocation, m_mutex, [&] {
+  GuardedAndLocked(kInsertLocation, m_mutex, messages, [&] {
     begun = kept.Now();
     isStored = StoreBatch(batch, uba, messages);
   });
   if (isStored) return;
 
-  Guarded(messages, kInsertLocation, [&] {
+  Guarded(kInsertLocation, [&] {
     const std::size_t dropped = kept.Keep(batch, begun);
     if (dropped > 0) {
       messages.Error(__LINE__, kInsertLocation,
                      "InsertUserLogBatch dropped " + std::to_string(dropped) +
-                         " records, the oldest of more than " + std::to_string(KeptRecords::kMax) +
-                         " that wait for the database");
+                         " records: too many wait for the database");
     }
   });
 }
@@ -181,7 +171,7 @@ void LogSQLiteDB::CheckDbSize(Connection& connection, bool uba) {
 std::vector<UserLog> LogSQLiteDB::GetUserLogList(int count, int maintenance, bool uba) {
   std::vector<UserLog> records;
   PendingMessages messages;
-  Guarded(messages, kGetListLocation, m_mutex, [&] {
+  GuardedAndLocked(kGetListLocation, m_mutex, messages, [&] {
     Connection connection(Connection::Access::kReadOnly, messages);
     Transaction transaction(connection, Transaction::Kind::kDeferred);
     // SQLite takes a limit below 0 for none.
@@ -202,7 +192,7 @@ std::vector<UserLog> LogSQLiteDB::GetUserLogList(int count, int maintenance, boo
 
 void LogSQLiteDB::DeleteUserLogWithId(int firstId, int lastId, int maintenance, bool uba) {
   PendingMessages messages;
-  Guarded(messages, kDeleteWithIdLocation, m_mutex, [&] {
+  GuardedAndLocked(kDeleteWithIdLocation, m_mutex, messages, [&] {
     DeleteRows(std::string("delete from ") + TableOf(uba) +
                    " where IsMaintenanceLog = " + std::to_string(maintenance) + " And id between " +
                    std::to_string(firstId) + " and " + std::to_string(lastId),
@@ -212,7 +202,7 @@ void LogSQLiteDB::DeleteUserLogWithId(int firstId, int lastId, int maintenance, 
 
 void LogSQLiteDB::DeleteAllOperationLogUserLog(bool uba, int maintenance) {
   PendingMessages messages;
-  Guarded(messages, kDeleteAllLocation, m_mutex, [&] {
+  GuardedAndLocked(kDeleteAllLocation, m_mutex, messages, [&] {
     TableFor(uba).kept.Discard(maintenance);
     DeleteRows(std::string("delete from ") + TableOf(uba) +
                    " where IsMaintenanceLog = " + std::to_string(maintenance),
@@ -221,9 +211,9 @@ void LogSQLiteDB::DeleteAllOperationLogUserLog(bool uba, int maintenance) {
 }
 
 void LogSQLiteDB::DeleteFromAllTables() {
-  PendingMessages messages;
   // Without the lock and without a transaction: meant, see the class.
-  Guarded(messages, kDeleteTablesLocation, [&] {
+  Guarded(kDeleteTablesLocation, [this] {
+    PendingMessages messages;
     for (Table& table : m_tables) table.kept.DiscardAll();
     Connection connection(Connection::Access::kReadWrite, messages);
     connection.Execute("DELETE FROM T_UBAUserLog;DELETE FROM T_UserLog;");

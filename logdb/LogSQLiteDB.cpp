@@ -2,15 +2,16 @@
 #include "logdb/LogSQLiteDB.h"
 
 #include <cstdint>
-#include <exception>
 
 #include "client/common/FileHepler.h"
 #include "client/common/SharedGlobals.h"
 #include "client/log/TypeConvert.h"
+#include "commlog/Guarded.h"
 #include "drivelog/BiDataBase.h"
 #include "logdb/Connection.h"
 #include "logdb/PendingMessages.h"
 #include "logdb/UserLogRow.h"
+#include "platform/EndingLock.h"
 #include "platform/System.h"
 
 namespace Drive::SQLiteDB {
@@ -41,13 +42,23 @@ LogSQLiteDB& LogSQLiteDB::GetInstance() {
   return instance;
 }
 
-bool LogSQLiteDB::InitDataBase(const std::wstring& fileName) try {
-  const std::wstring folder = g_dbFullPath.Get();
-  if (!FileHepler::CheckFileExist(folder) && Platform::CurrentSystem().CreateDirectoryLevels(folder) != 0) {
-    Print(LogLevel::kSync, __LINE__, "Create database directory failed");
-    return false;
-  }
+bool LogSQLiteDB::InitDataBase(const std::wstring& fileName) {
+  return Guarded(kInitLocation, [&] {
+    const std::wstring folder = g_dbFullPath.Get();
+    if (!FileHepler::CheckFileExist(folder) && Platform::CurrentSystem().CreateDirectoryLevels(folder) != 0) {
+      Print(LogLevel::kSync, __LINE__, "Create database directory failed");
+      return false;
+    }
 
+    const bool ok = Guarded(kInitLocation, [&] { return PrepareFile(folder, fileName); });
+    if (!ok) Print(LogLevel::kError, __LINE__, "Init database failed.");
+    RegisterOperations();
+    Print(LogLevel::kInfo, __LINE__, "BI Call Back Database Success");
+    return ok;
+  });
+}
+
+bool LogSQLiteDB::PrepareFile(const std::wstring& folder, const std::wstring& fileName) {
   ForgetCounts();
   const std::string path = g_logDbFullPathWithName.Get();
   const std::wstring widePath = TypeConvert::UTF8ToUnicode(path);
@@ -62,19 +73,12 @@ bool LogSQLiteDB::InitDataBase(const std::wstring& fileName) try {
     ok = CreateDb(path) && ok;
   }
 
-  if (ok) ok = CreateTables();
-  if (!ok) Print(LogLevel::kError, __LINE__, "Init database failed.");
-
-  RegisterOperations();
-  Print(LogLevel::kInfo, __LINE__, "BI Call Back Database Success");
-  return ok;
-} catch (const std::exception& error) {
-  Print(LogLevel::kError, __LINE__, error.what());
-  return false;
+  return ok && CreateTables();
 }
 
 void LogSQLiteDB::ForgetCounts() {
-  const std::lock_guard<std::mutex> lock(m_mutex);
+  const auto lock = Platform::LockUnlessEnding(m_mutex);
+  if (!lock.owns_lock()) return;
   for (Table& table : m_tables) table.cap.Forget();
 }
 
@@ -92,8 +96,10 @@ void LogSQLiteDB::RegisterOperations() {
 }
 
 bool LogSQLiteDB::CreateDb(const std::string& path) {
-  PendingMessages messages;
-  return CreateDb(path, messages);
+  return Guarded(kCreateDbLocation, [&] {
+    PendingMessages messages;
+    return CreateDb(path, messages);
+  });
 }
 
 bool LogSQLiteDB::CreateDb(const std::string& path, PendingMessages& messages) {
@@ -117,16 +123,13 @@ bool LogSQLiteDB::CreateDb(const std::string& path, PendingMessages& messages) {
 }
 
 bool LogSQLiteDB::CreateTables() {
-  PendingMessages messages;
-  try {
+  return Guarded(kCreateTablesLocation, [] {
+    PendingMessages messages;
     Connection connection(Connection::Access::kReadWrite, messages);
     const int userLog = connection.Execute(CreateTableSql(kUserLogTable));
     const int ubaUserLog = connection.Execute(CreateTableSql(kUbaUserLogTable));
     return userLog == SQLITE_OK && ubaUserLog == SQLITE_OK;
-  } catch (const std::exception& error) {
-    messages.Error(__LINE__, kCreateTablesLocation, error.what());
-    return false;
-  }
+  });
 }
 
 bool LogSQLiteDB::RestoreMissingFile(PendingMessages& messages) {

@@ -37,18 +37,22 @@ class LogSQLiteDB {
   // the client keeps the two naming the same file.
   bool InitDataBase(const std::wstring& fileName);
 
-  // Creates or opens the file and makes it write ahead.
+  // Creates or opens the file and makes it write ahead. False after a failure.
   bool CreateDb(const std::string& path);
 
+  // False after a failure.
   bool CreateTables();
 
-  // Appends a batch; a table that has reached the row cap first loses its oldest tenth.
+  // Appends a batch; a table that has reached the row cap first loses its oldest tenth. Waits for a locked
+  // file, some 5 s.
   void InsertUserLogBatch(std::vector<Bilog::UserLog>& batch, bool uba);
 
-  // The oldest records of a channel, at most `count`; what could be read after a failure.
+  // The oldest records of a channel, at most `count`; what could be read after a failure. Records that still
+  // wait in memory are not among them.
   std::vector<Bilog::UserLog> GetUserLogList(int count, int maintenance, bool uba);
 
-  // Deletes a channel's records with firstId <= Id <= lastId.
+  // Deletes a channel's records with firstId <= Id <= lastId. Waits for a locked file, some 40 s, as all
+  // deletions do.
   void DeleteUserLogWithId(int firstId, int lastId, int maintenance, bool uba);
 
   // Deletes a channel's records, those in memory included.
@@ -58,7 +62,7 @@ class LogSQLiteDB {
   // process; SQLite's own lock orders it behind an insert that is under way.
   void DeleteFromAllTables();
 
-  // Stores the records in memory; for the end of the process.
+  // Stores the records in memory; for the end of the process. What cannot be stored then is lost with it.
   void StoreKeptRecords();
 
  private:
@@ -72,6 +76,8 @@ class LogSQLiteDB {
   Table& TableFor(bool uba) { return m_tables[uba ? 1 : 0]; }
 
   // Start-up.
+  // Creates the file, or starts it afresh when it is too large, and its tables. False after a failure.
+  bool PrepareFile(const std::wstring& folder, const std::wstring& fileName);
   void ForgetCounts();
   void RegisterOperations();
   bool CreateDb(const std::string& path, PendingMessages& messages);

@@ -13,9 +13,8 @@ namespace Drive::SQLiteDB {
 // largest - smallest Id + 1 rows, and since a count it has grown by at most as much as its largest Id has
 // (AUTOINCREMENT never reuses one). Only tables whose ids have many gaps are counted, once in a while.
 //
-// Surprises: a count is trusted for no more than a tenth of the cap, and not after ids have gone backwards,
-// so
-//            that a file exchanged from outside is noticed.
+// Surprises: a count is trusted for no more than a tenth of the cap, and not after ids have gone backwards: a
+//            file exchanged from outside is to be noticed.
 // Thread-safety: one object serves one table, under its owner's lock.
 class RowCap {
  public:

@@ -67,25 +67,28 @@ std::string InsertSql(const char* table) {
 }
 
 int RowBinder::Bind(sqlite3_stmt* insert, const UserLog& record) {
-  int failure = SQLITE_OK;
-  const auto note = [&failure](int code) {
-    if (failure == SQLITE_OK) failure = code;
-  };
-
   std::size_t next = 0;
   for (const TextColumn& column : kTextColumns) {
     std::u16string& text = m_texts[next++];
     text = TypeConvert::UnicodeToUTF16(record.*column.field);
     if (StartsLikeByteOrderMark(text)) text.insert(text.begin(), kByteOrderMark);
-    note(sqlite3_bind_text16(insert, column.number, text.c_str(), -1, SQLITE_STATIC));
+    const int code = sqlite3_bind_text16(insert, column.number, text.c_str(), -1, SQLITE_STATIC);
+    if (code != SQLITE_OK) return code;
   }
-  note(sqlite3_bind_double(insert, 9, record.get_UseTime()));
-  note(sqlite3_bind_double(insert, 10, record.get_StartTime()));
-  note(sqlite3_bind_int(insert, 16, record.get_Logversion()));
-  note(sqlite3_bind_int(insert, 17, record.get_TraceEndFlag()));
-  note(sqlite3_bind_int64(insert, 21, record.get_ResidenceTime()));
-  note(sqlite3_bind_int(insert, 23, record.get_IsMaintenanceLog()));
-  return failure;
+  // A number always fits.
+  sqlite3_bind_double(insert, 9, record.get_UseTime());
+  sqlite3_bind_double(insert, 10, record.get_StartTime());
+  sqlite3_bind_int(insert, 16, record.get_Logversion());
+  sqlite3_bind_int(insert, 17, record.get_TraceEndFlag());
+  sqlite3_bind_int64(insert, 21, record.get_ResidenceTime());
+  sqlite3_bind_int(insert, 23, record.get_IsMaintenanceLog());
+  return SQLITE_OK;
+}
+
+std::size_t MemoryBytes(const UserLog& record) {
+  std::size_t bytes = sizeof(UserLog);
+  for (const TextColumn& column : kTextColumns) bytes += (record.*column.field).size() * sizeof(wchar_t);
+  return bytes;
 }
 
 UserLog ReadRow(sqlite3_stmt* select) {

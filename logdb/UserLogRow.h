@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <string>
 
 #include "drivelog/UserLog.h"
@@ -22,13 +23,16 @@ std::string InsertSql(const char* table);
 // Ownership: SQLite reads the texts from this object, so it must live until the last step is done.
 class RowBinder {
  public:
-  // SQLite's result code.
+  // SQLite's result code; SQLite's text of a failure is still that of the failure.
   int Bind(sqlite3_stmt* insert, const Bilog::UserLog& record);
 
  private:
   static constexpr std::size_t kTexts = 17;
   std::array<std::u16string, kTexts> m_texts;
 };
+
+// What a record takes in memory, about, in bytes.
+std::size_t MemoryBytes(const Bilog::UserLog& record);
 
 // The record in the row that the select statement stands on. Values of any type are taken as SQLite converts
 // them; NULL gives an empty text or 0.

@@ -8,9 +8,8 @@ namespace Drive::Bilog {
 
 // What SetBiUbaDataPara handed over, as the library's threads read it. Nothing is persisted.
 //
-// Surprises: pushMaxWaitTime is never set by the library, and pushWaitTime holds the host's maximum wait
-// time:
-//            see BILogger::SetBiUbaDataPara.
+// Surprises: the library never sets pushMaxWaitTime, and pushWaitTime holds the host's maximum wait time; see
+//            BILogger::SetBiUbaDataPara.
 // Thread-safety: every operation may be called from any thread; each locks for its own field only.
 // Lifetime: never destroyed.
 class LogSettings {

@@ -1,11 +1,8 @@
 // OperationEnvelope.cpp - compresses and enciphers the payload of an operation-log request.
 #include "operatelog/OperationEnvelope.h"
 
-#include <algorithm>
-#include <optional>
 #include <vector>
 
-#include "client/common/EncryptHelper.h"
 #include "model/EventJson.h"
 #include "transport/BodyEncoding.h"
 #include "transport/JsonText.h"
@@ -62,14 +59,21 @@ std::optional<std::string> MakeChifer(const Bytes& aesKey, const std::string& rs
 
 }  // namespace
 
+std::optional<AesSecret> DrawAesSecret() {
+  AesSecret secret;
+  if (!DrawRandom(secret.key) || !DrawRandom(secret.iv)) {
+    return std::nullopt;
+  }
+  return secret;
+}
+
 OperationEnvelope MakeOperationEnvelope(const Header& header, const Json::Value& payload,
                                         const std::string& rsaPublicKey) {
-  Bytes key;
-  Bytes iv;
-  if (!DrawRandom(key) || !DrawRandom(iv)) {
+  const auto secret = DrawAesSecret();
+  if (!secret) {
     return Failed("no random bytes for the AES key");
   }
-  const auto chifer = MakeChifer(key, rsaPublicKey);
+  const auto chifer = MakeChifer(secret->key, rsaPublicKey);
   if (!chifer) {
     return Failed("g_rsaPublicKey is not the hexadecimal text of a 270-byte RSA public key");
   }
@@ -80,10 +84,10 @@ OperationEnvelope MakeOperationEnvelope(const Header& header, const Json::Value&
     return NotCompressed(payloadText);
   }
   Bytes cipher;
-  if (!EncryptHelper::AES_128_CBC_Encrypt(compressed, key, iv, cipher)) {
+  if (!EncryptHelper::AES_128_CBC_Encrypt(compressed, secret->key, secret->iv, cipher)) {
     return Failed("AES encryption failed");
   }
-  Bytes event = iv;
+  Bytes event = secret->iv;
   event.insert(event.end(), cipher.begin(), cipher.end());
 
   Json::Value request(Json::objectValue);

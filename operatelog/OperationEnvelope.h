@@ -8,11 +8,22 @@
 
 #include <json/value.h>
 
+#include <optional>
 #include <string>
 
+#include "client/common/EncryptHelper.h"
 #include "drivelog/Events.h"
 
 namespace Drive::OperateLog {
+
+// What one request is enciphered with, 16 bytes each.
+struct AesSecret {
+  Bytes key;
+  Bytes iv;
+};
+
+// Never the same twice; nothing when the system gives no random bytes.
+std::optional<AesSecret> DrawAesSecret();
 
 struct OperationEnvelope {
   enum class Status {

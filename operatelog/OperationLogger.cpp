@@ -1,10 +1,10 @@
 // OperationLogger.cpp - the operation facade: the way to the queue and the two upload timers.
 #include "drivelog/OperationLogger.h"
 
-#include <exception>
 #include <utility>
 
 #include "client/common/SharedGlobals.h"
+#include "commlog/Guarded.h"
 #include "commlog/LogLevel.h"
 #include "drivelog/BiDataBase.h"
 #include "drivelog/CommLog.h"
@@ -32,27 +32,32 @@ void Print(int level, int line, const char* location, const std::string& text) {
   CommLog::GetInstance().PrintLog(level, line, location, text);
 }
 
-// Runs one operation of the facade. The host never sees an exception of ours.
-template <typename Operation>
-void Guarded(const char* location, Operation&& operation) {
-  try {
-    operation();
-  } catch (const std::exception& error) {
-    Print(LogLevel::kError, __LINE__, location, error.what());
-  } catch (...) {
-    Print(LogLevel::kError, __LINE__, location, "unknown exception");
-  }
-}
-
 }  // namespace
 
+// What is left to do when static objects are destroyed. The queue first: it saves what it holds.
+struct OperationLoggerEnd {
+  OperationLogger& logger;
+  ~OperationLoggerEnd() {
+    Guarded("Drive::OperateLog::OperationLogger::~OperationLogger", [this] {
+      Platform::ProcessEnd::Begin();
+      logger.m_queue->SaveAllAndStop();
+      SQLiteDB::LogSQLiteDB::GetInstance().StoreKeptRecords();
+      logger.m_operationTimer->Stop();
+      logger.m_ubaTimer->Stop();
+    });
+  }
+};
+
+// Never destroyed: when the process ends, a thread of the host may be in a call, and a static object of the
+// host may make one later.
 OperationLogger& OperationLogger::GetInstance() {
-  static OperationLogger instance;
+  static OperationLogger& instance = *new OperationLogger;
+  static const OperationLoggerEnd end{instance};
   return instance;
 }
 
-// Touches what it needs to its end first, so that all of it outlives this object, and has the libraries of
-// the uploads initialised before there is a thread.
+// Touches what it needs to its end first, so that all of it outlives that, and has the libraries of the
+// uploads initialised before there is a thread.
 OperationLogger::OperationLogger() {
   CommLog::GetInstance();
   Bilog::LogSettings::GetInstance();
@@ -64,16 +69,7 @@ OperationLogger::OperationLogger() {
   m_queue = std::make_unique<OperationLoggerManager>();
 }
 
-// The queue first: it saves what is still queued.
-OperationLogger::~OperationLogger() {
-  Guarded("Drive::OperateLog::OperationLogger::~OperationLogger", [this] {
-    Platform::ProcessEnd::Begin();
-    m_queue.reset();
-    SQLiteDB::LogSQLiteDB::GetInstance().StoreKeptRecords();
-    m_operationTimer.reset();
-    m_ubaTimer.reset();
-  });
-}
+OperationLogger::~OperationLogger() = default;
 
 void OperationLogger::OutputOperationLog(OperationBasicEventType event, OperationType type,
                                          OperationActionType action) {

@@ -1,5 +1,4 @@
-// OperationLoggerManager.h - turns operation events into records, queues them, and saves them to the
-// database.
+// OperationLoggerManager.h - turns operation events into records, queues and saves them.
 #pragma once
 
 #include <map>
@@ -21,7 +20,7 @@ namespace Drive::OperateLog {
 //            batch is being saved empties the tables once more.
 // Thread-safety: every operation may be called from any thread.
 // Ownership:     the timer's thread shares the queue, so it never outlives it.
-// Lifetime:      destruction saves everything queued, then stops the timer.
+// Lifetime:      destruction is SaveAllAndStop.
 class OperationLoggerManager {
  public:
   OperationLoggerManager();
@@ -37,6 +36,9 @@ class OperationLoggerManager {
   void Start();
   void Stop();
 
+  // Saves everything queued, in one batch a table, and stops the save timer.
+  void SaveAllAndStop();
+
   // Remembers that the user has logged in.
   void SetLogin();
 
@@ -44,12 +46,14 @@ class OperationLoggerManager {
   static void DeleteStoredRecords();
 
  private:
-  struct Queue;
-  static void SaveUserlogToDb(Queue& queue, std::size_t limit);
+  struct State;
+  static void SaveUserlogToDb(State& state, std::size_t limit);
 
-  const std::shared_ptr<Queue> m_queue;  // shared with the timer's thread
-  const std::wstring m_systemName;       // of the operating system; the same for every record of the process
+  const std::shared_ptr<State> m_state;  // the queue; shared with the timer's thread
+  // The same for every record of the process.
+  const std::wstring m_systemName;  // of the operating system
   const std::wstring m_systemModel;
+  const std::wstring m_resultCode;
   Bilog::SeparateThreadTimer m_saveTimer;
 };
 

@@ -11,11 +11,14 @@
 namespace Drive::Platform {
 
 // Locks `mutex`. Once the process ends it waits only as long as anybody may, or 50 ms when that is over, and
-// not at all when the other threads are gone: what one of them had locked stays locked. The caller then looks
-// at owns_lock().
+// not at all when the other threads are gone: what one of them had locked stays locked. The caller looks at
+// owns_lock().
 template <template <typename> class Lock = std::unique_lock, typename Mutex>
 Lock<Mutex> LockUnlessEnding(Mutex& mutex) {
-  if (!ProcessEnd::HasBegun()) return Lock<Mutex>(mutex);
+  // Another library's exit handlers may come by here before anybody has announced the end.
+  if (!ProcessEnd::HasBegun() && !ProcessEnd::OtherThreadsAreGone()) {
+    return Lock<Mutex>(mutex);
+  }
 
   using std::chrono::milliseconds;
   const auto patience = std::max(ProcessEnd::PatienceLeft(), milliseconds(50));

@@ -37,12 +37,12 @@ bool ProcessEnd::HasBegun() { return beganAt != 0; }
 const WakeSignal& ProcessEnd::Signal() { return EndSignal(); }
 
 milliseconds ProcessEnd::PatienceLeft() {
+  if (OtherThreadsAreGone()) {
+    return milliseconds::zero();
+  }
   const steady_clock::rep began = beganAt;
   if (began == 0) {
     return kPatience;
-  }
-  if (OtherThreadsAreGone()) {
-    return milliseconds::zero();
   }
   const steady_clock::duration passed =
       steady_clock::now().time_since_epoch() - steady_clock::duration(began);

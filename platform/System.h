@@ -58,7 +58,7 @@ class System {
 extern const wchar_t* const kPathSeparator;
 
 // The address of a local endpoint (named pipe, local socket) of that name, as nng writes it. Only this
-// user's processes reach it.
+// user's processes reach it; empty when there is no such place.
 std::string LocalEndpoint(const std::string& name);
 
 // The system in force: the real one, unless a test installed its own.

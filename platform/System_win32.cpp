@@ -169,7 +169,10 @@ class RealWindowsSystem final : public System {
 }  // namespace
 
 // Names of pipes are shared by all users of a machine. By default only their creator may write to them.
-std::string LocalEndpoint(const std::string& name) { return "ipc://" + name + "-" + Narrow(UserSid()); }
+std::string LocalEndpoint(const std::string& name) {
+  const std::string user = Narrow(UserSid());
+  return user.empty() ? std::string() : "ipc://" + name + "-" + user;
+}
 
 const System& RealSystem() {
   static const RealWindowsSystem& system = *new RealWindowsSystem;

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# demo.sh [FOLDER] [--limit N] - logs a folder (default: this tree) to a real collector and shows what arrived.
+# demo.sh [FOLDER] [--limit N] [--windows] - logs a folder (default: this tree) to a real collector and shows what
+# arrived. With --windows the client is the one for Windows, run by Wine.
 #
 # Sets the machine up, builds, starts the development collector on loopback, runs the example client with a
 # home folder of its own, and asks the collector what it accepted. Its last line:
@@ -9,9 +10,10 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 folder=$root
 limit=500
+windows=no
 
 usage() {
-  echo "usage: demo.sh [FOLDER] [--limit N]" >&2
+  echo "usage: demo.sh [FOLDER] [--limit N] [--windows]" >&2
   exit 2
 }
 while [ $# -gt 0 ]; do
@@ -21,6 +23,7 @@ while [ $# -gt 0 ]; do
       limit=$2
       shift
       ;;
+    --windows) windows=yes ;;
     -*) usage ;;
     *) folder=$1 ;;
   esac
@@ -38,6 +41,13 @@ launcher=()
 ! command -v ccache >/dev/null || launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 cmake --preset release "${launcher[@]}" >/dev/null
 cmake --build --preset release --target drivelog-collector sync_folder
+client=(build/release/examples/sync_folder)
+if [ "$windows" = yes ]; then
+  scripts/setup.sh windows
+  cmake --preset windows "${launcher[@]}" >/dev/null
+  cmake --build --preset windows --target sync_folder
+  client=(scripts/with-wine.sh wine64 build/windows/bin/sync_folder.exe)
+fi
 began=$SECONDS
 
 work=$(mktemp -d)
@@ -75,7 +85,7 @@ mkdir -p "$work/home"
 # Its own home, so that neither this account's settings nor its records are touched.
 env HOME="$work/home" XDG_CONFIG_HOME="$work/home/config" XDG_DATA_HOME="$work/home/data" \
   XDG_RUNTIME_DIR="$work/home" no_proxy='*' NO_PROXY='*' \
-  build/release/examples/sync_folder "$folder" --collector-ready "$work/ready.json" --limit "$limit" |
+  "${client[@]}" "$folder" --collector-ready "$work/ready.json" --limit "$limit" | tr -d '\r' |
   tee "$work/client.log" || echo "demo: the client ended with an error" >&2
 
 echo "== one record of each channel, as the collector read it"

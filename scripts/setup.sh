@@ -4,7 +4,7 @@
 #   linux    compiler, CMake and the libraries; enough to build and to run the tests (default)
 #   demo     linux, and the two tools with which the demo asks the collector
 #   bench    linux, and the benchmark library
-#   tidy     linux, and the static checker
+#   tidy     linux, and the tools of static checks and of layout
 #   cross    linux, the cross compiler, and what the libraries for Windows are built with
 #   windows  cross and Wine, and the libraries built for Windows
 set -euo pipefail
@@ -19,7 +19,7 @@ case $kind in
   linux) ;;
   demo) packages+=(curl jq) ;;
   bench) packages+=(libbenchmark-dev) ;;
-  tidy) packages+=(clang-tidy) ;;
+  tidy) packages+=(clang-format clang-tidy) ;;
   cross) packages+=("${cross_packages[@]}") ;;
   windows) packages+=("${cross_packages[@]}" wine64) ;;
   *)

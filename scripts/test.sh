@@ -1,8 +1,11 @@
 #!/usr/bin/env bash
 # test.sh [linux|windows|asan|tsan|all] - sets the machine up, builds, and runs the tests; default linux.
 #
+# The tests of the Windows build run under Wine, followed by the demo with the Windows client, and by a database
+# that clients of both platforms use in turn.
+#
 # Its last line counts the tests of all the builds that were asked for: "N passed, N failed", and
-# ", N skipped" behind it where tests were skipped.
+# ", N skipped" behind it where tests were skipped, each of which is named with its reason before.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
@@ -27,6 +30,26 @@ report_value() { # REPORT ATTRIBUTE
   sed -n '/<testsuite/,/>/s/.*[[:space:]]'"$2"'="\([0-9]*\)".*/\1/p' "$1" | head -n 1
 }
 
+# What was skipped, with the reasons that the test programs gave, and the size of a DLL.
+show_remarks() { # PRESET
+  tr -d '\r' <"build/$1/Testing/Temporary/LastTest.log" |
+    awk '/: Skipped$/ { getline reason } /^\[  SKIPPED \] .* ms\)$/ { print "skipped: " $4 ": " reason }
+      /^drivelog\.dll: / { print }'
+}
+
+# A test that is a command of this machine.
+run_command_test() { # NAME COMMAND...
+  local name=$1
+  shift
+  echo "== $name"
+  if "$@"; then
+    passed=$((passed + 1))
+  else
+    echo "$name failed" >&2
+    failed=$((failed + 1))
+  fi
+}
+
 run_preset() { # PRESET
   local preset=$1 setup=linux launcher=() runner=()
   [ "$preset" != windows ] || setup=windows
@@ -36,6 +59,7 @@ run_preset() { # PRESET
   cmake --preset "$preset" "${launcher[@]}" || return 1
   cmake --build --preset "$preset" || return 1
 
+  [ "$preset" != windows ] || runner=(scripts/with-wine.sh)
   # ThreadSanitizer's fixed memory layout collides with strong address randomisation.
   if [ "$preset" = tsan ] && setarch --addr-no-randomize true 2>/dev/null; then
     runner=(setarch --addr-no-randomize)
@@ -53,6 +77,12 @@ run_preset() { # PRESET
   passed=$((passed + all - bad - left_out))
   failed=$((failed + bad))
   skipped=$((skipped + left_out))
+  show_remarks "$preset"
+  if [ "$preset" = windows ]; then
+    run_command_test windows.demo scripts/demo.sh examples --windows
+    # The demo has built what this needs.
+    run_command_test windows.exchange scripts/with-wine.sh tests/windows/exchange.sh build/release build/windows
+  fi
   return $result
 }
 

@@ -45,7 +45,7 @@ if [ -z "$sources" ]; then
 fi
 count=$(wc -l <<<"$sources")
 if [ "$count" -gt "${3:-$count}" ]; then
-  echo "tidy: $count sources are more than ${3}; run scripts/tidy.sh for them"
+  echo "tidy: $count sources are more than $3 to check in passing; run scripts/tidy.sh for them"
   exit 0
 fi
 scripts/setup.sh tidy

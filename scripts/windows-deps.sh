@@ -189,7 +189,25 @@ build_libjsoncpp() {
     -DJSONCPP_WITH_POST_BUILD_UNITTEST=OFF -DJSONCPP_WITH_PKGCONFIG_SUPPORT=OFF
 }
 
+# A peer that leaves before its pipe is accepted must not make the listener turn for ever.
 build_nng() {
+  patch -p1 <<'END'
+--- a/src/platform/windows/win_ipclisten.c
++++ b/src/platform/windows/win_ipclisten.c
+@@ -106,7 +106,11 @@
+ 			ipc_accept_done(l, 0);
+ 		} else {
+ 			// Fast-fail (synchronous).
+-			nni_aio_finish_error(aio, nni_win_error(rv));
++			DisconnectNamedPipe(l->f);
++			if (rv != ERROR_NO_DATA) {
++				nni_list_remove(&l->aios, aio);
++				nni_aio_finish_error(aio, nni_win_error(rv));
++			}
+ 		}
+ 	}
+ }
+END
   cmake_install . -DNNG_TESTS=OFF -DNNG_TOOLS=OFF -DNNG_ENABLE_HTTP=OFF
 }
 

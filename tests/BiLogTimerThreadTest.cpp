@@ -16,86 +16,55 @@ using std::chrono::milliseconds;
 
 class TimerThreadTest : public testing::Test {
  protected:
-  std::function<void()> Count() {
-    return [this] { ++m_runs; };
+  void Start(milliseconds period) {
+    m_timer.Start(
+        period, [this] { ++m_runs; }, [this] { ++m_hurried; });
+    m_clock.WaitForWaiters(1);
   }
 
   Testing::ManualClock m_clock;
   std::atomic<int> m_runs{0};
+  std::atomic<int> m_hurried{0};
+  SeparateThreadTimer m_timer;
 };
 
-TEST_F(TimerThreadTest, RunsOncePerPeriodAndFirstAfterOne) {
-  SeparateThreadTimer timer;
-  timer.Start(milliseconds(5000), Count());
-  m_clock.WaitForWaiters(1);
-  m_clock.Advance(milliseconds(4999));
-  EXPECT_EQ(m_runs, 0);
-  m_clock.Advance(milliseconds(1));
-  EXPECT_EQ(m_runs, 1);
-  m_clock.Advance(milliseconds(15000));
-  EXPECT_EQ(m_runs, 4);
-}
-
-TEST_F(TimerThreadTest, TakesTenSecondsForAPeriodOfNothing) {
-  SeparateThreadTimer timer;
-  timer.Start(milliseconds(-1), Count());
-  m_clock.WaitForWaiters(1);
-  m_clock.Advance(milliseconds(9999));
-  EXPECT_EQ(m_runs, 0);
-  m_clock.Advance(milliseconds(1));
-  EXPECT_EQ(m_runs, 1);
-}
-
-TEST_F(TimerThreadTest, RunsALastTimeWhenStoppedAndNotAgain) {
-  SeparateThreadTimer timer;
-  std::atomic<int> hurried{0};
-  timer.Start(milliseconds(5000), Count(), [&hurried] { ++hurried; });
-  m_clock.WaitForWaiters(1);
-  timer.Stop();
-  EXPECT_EQ(m_runs, 1);
-  EXPECT_EQ(hurried, 1);
-  timer.Stop();
-  m_clock.Advance(milliseconds(20000));
-  EXPECT_EQ(m_runs, 1);
-}
-
-TEST_F(TimerThreadTest, IgnoresASecondStart) {
-  SeparateThreadTimer timer;
-  std::atomic<int> others{0};
-  timer.Start(milliseconds(5000), Count());
-  timer.Start(milliseconds(1000), [&others] { ++others; });
-  m_clock.WaitForWaiters(1);
-  m_clock.Advance(milliseconds(5000));
-  EXPECT_EQ(m_runs, 1);
-  EXPECT_EQ(others, 0);
-}
-
-TEST_F(TimerThreadTest, StartsAgainAfterAStop) {
-  SeparateThreadTimer timer;
-  for (int round = 1; round <= 3; ++round) {
-    timer.Start(milliseconds(5000), Count());
-    m_clock.WaitForWaiters(1);
-    timer.Stop();
-    EXPECT_EQ(m_runs, round);
+TEST_F(TimerThreadTest, RunsOncePerPeriodAndALastTimeWhenStopped) {
+  const struct {
+    int start;
+    int period;
+  } kCases[] = {{5000, 5000}, {0, 10000}, {-1, 10000}};
+  for (const auto& each : kCases) {
+    m_runs = 0;
+    Start(milliseconds(each.start));
+    m_timer.Start(milliseconds(10), [this] { m_runs = 1000; });  // ignored
+    m_clock.Advance(milliseconds(each.period - 1));
+    EXPECT_EQ(m_runs, 0);
+    m_clock.Advance(milliseconds(1));
+    EXPECT_EQ(m_runs, 1);
+    m_clock.Advance(milliseconds(3 * each.period));
+    EXPECT_EQ(m_runs, 4);
+    m_timer.Stop();
+    m_timer.Stop();
+    m_clock.Advance(milliseconds(50000));
+    EXPECT_EQ(m_runs, 5);
   }
+  EXPECT_EQ(m_hurried, 3);
 }
 
 TEST_F(TimerThreadTest, KeepsAStartThatComesDuringAStop) {
-  SeparateThreadTimer timer;
   std::atomic<bool> entered{false};
   std::atomic<bool> release{false};
-  timer.Start(milliseconds(5000), [&] {
+  m_timer.Start(milliseconds(5000), [&] {
     entered = true;
     while (!release) {
       std::this_thread::yield();
     }
   });
-  m_clock.WaitForWaiters(1);
-  std::thread stopper([&timer] { timer.Stop(); });
+  std::thread stopper([this] { m_timer.Stop(); });
   while (!entered) {
     std::this_thread::yield();
   }
-  timer.Start(milliseconds(1000), Count());  // the old thread is still in its last run
+  m_timer.Start(milliseconds(1000), [this] { ++m_runs; });  // the old thread is still in its last run
   EXPECT_EQ(m_runs, 0);
   release = true;
   stopper.join();
@@ -104,54 +73,41 @@ TEST_F(TimerThreadTest, KeepsAStartThatComesDuringAStop) {
   EXPECT_EQ(m_runs, 1);
 }
 
-TEST_F(TimerThreadTest, StopFromTheTaskItselfDoesNotWait) {
-  SeparateThreadTimer timer;
-  timer.Start(milliseconds(1000), [&] {
-    ++m_runs;
-    timer.Stop();
-  });
-  m_clock.WaitForWaiters(1);
-  m_clock.Advance(milliseconds(10000));
-  EXPECT_EQ(m_runs, 1);
-}
-
-TEST_F(TimerThreadTest, GoesOnAfterATaskThatThrows) {
-  Testing::CapturedLog log;
-  SeparateThreadTimer timer;
-  timer.Start(milliseconds(1000), [this] {
+TEST_F(TimerThreadTest, GoesOnAfterATaskThatThrowsAndEndsByTheTaskItself) {
+  const Testing::CapturedLog log;
+  m_timer.Start(milliseconds(1000), [this] {
     if (++m_runs == 1) {
       throw std::runtime_error("broken");
     }
+    m_timer.Stop();
   });
   m_clock.WaitForWaiters(1);
-  m_clock.Advance(milliseconds(3000));
-  EXPECT_EQ(m_runs, 3);
+  m_clock.Advance(milliseconds(10000));
+  EXPECT_EQ(m_runs, 2);
   EXPECT_EQ(log.Count("task failed: broken"), 1u);
 }
 
 TEST_F(TimerThreadTest, SurvivesStartsAndStopsFromManyThreads) {
-  SeparateThreadTimer timer;
   std::atomic<int> inTask{0};
   std::atomic<bool> overlapped{false};
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([&] {
       for (int round = 0; round < 100; ++round) {
-        timer.Start(milliseconds(1000), [&] {
+        m_timer.Start(milliseconds(1000), [&] {
           overlapped = overlapped || ++inTask > 1;
           --inTask;
         });
-        timer.Stop();
+        m_timer.Stop();
       }
     });
   }
   for (std::thread& thread : threads) {
     thread.join();
   }
-  timer.Stop();
+  m_timer.Stop();
   EXPECT_FALSE(overlapped);
-  timer.Start(milliseconds(1000), Count());
-  m_clock.WaitForWaiters(1);
+  Start(milliseconds(1000));
   m_clock.Advance(milliseconds(1000));
   EXPECT_EQ(m_runs, 1);
 }

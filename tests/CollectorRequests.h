@@ -1,4 +1,4 @@
-// CollectorRequests.h - good requests of the three channels, encoded by the tests' own hand.
+// CollectorRequests.h - requests of the three channels, encoded step by step.
 #pragma once
 
 #include <json/json.h>
@@ -9,28 +9,27 @@
 
 namespace Drive::Testing {
 
+// The content is that of tests/vectors.
 struct TestRequest {
   Collection::Channel channel;
   Collection::Headers headers;
   Json::Value plain;      // what is compressed and enciphered into the body
   std::string rsaKeyHex;  // of the collector, for the operation channel
-  std::string aesKey = std::string("\0key with a zero", 16);
-  int level = -1;  // of the compression
+  int level = -1;         // of the compression
 
   // Breaks single steps of the operation channel's encoding.
   std::string chifer;  // instead of the enciphered AES key
   std::string event;   // instead of the enciphered payload
 
   std::string Body() const;
-  std::string& Header(const std::string& name);
+  std::string& Header(const std::string& name);  // its value; added when it is not there
 };
 
-// Two records each, under this id.
+// A good request with two records, under this id.
 TestRequest MakeRequest(Collection::Channel channel, const std::string& rsaKeyHex,
                         const std::string& requestId = "A1B220240305070809012");
 
 std::string Zlib(const std::string& text, int level = -1);
-std::string Gzip(const std::string& text, int level = -1);
 std::string Base64(const std::string& bytes);
 std::string EncipherKey(const std::string& publicKeyHex, const std::string& text);
 

@@ -1,5 +1,6 @@
 // EndToEndExitTest.cpp - a host may return from main at any moment, and must be gone soon and in good order.
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <chrono>
 #include <cstdint>
@@ -21,9 +22,27 @@ int Runs() {
   return runs == nullptr ? 8 : std::atoi(runs);
 }
 
-class ExitTest : public testing::TestWithParam<const char*> {};
+// Operation records in the database somewhere below `folder`; -1 when there is none.
+int CountOperationRows(const std::filesystem::path& folder) {
+  int rows = -1;
+  for (const auto& file : std::filesystem::recursive_directory_iterator(folder)) {
+    if (file.path().filename() == "userLogDB") {
+      sqlite3* database = nullptr;
+      sqlite3_stmt* count = nullptr;
+      EXPECT_EQ(SQLITE_OK, sqlite3_open(file.path().u8string().c_str(), &database));
+      sqlite3_prepare_v2(database, "SELECT count(*) FROM T_UserLog WHERE IsMaintenanceLog = 0", -1, &count,
+                         nullptr);
+      rows = sqlite3_step(count) == SQLITE_ROW ? sqlite3_column_int(count, 0) : rows;
+      sqlite3_finalize(count);
+      sqlite3_close(database);
+    }
+  }
+  return rows;
+}
 
-TEST_P(ExitTest, EndsWithinTwoSecondsAndWithoutACrash) {
+class ExitTest : public testing::TestWithParam<std::string> {};
+
+TEST_P(ExitTest, EndsWithinTwoSecondsWithoutACrashAndWithWhatWasQueued) {
   const Testing::TempFolder folder;
   Collection::Collector::Options options;
   options.dataFolder = folder.Path() / "collector";
@@ -44,11 +63,16 @@ TEST_P(ExitTest, EndsWithinTwoSecondsAndWithoutACrash) {
     std::int64_t returned = 0;
     std::ifstream(std::filesystem::u8path(runFolder) / "returned") >> returned;
     EXPECT_LT(ended - std::chrono::nanoseconds(returned), std::chrono::seconds(2)) << command;
+    if (GetParam().rfind("queued-", 0) == 0) {
+      ASSERT_EQ(CountOperationRows(std::filesystem::u8path(runFolder)), 1000) << command;
+    }
+    std::filesystem::remove_all(std::filesystem::u8path(runFolder));
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Modes, ExitTest, testing::Values("idle", "upload", "insert"),
-                         [](const auto& row) { return std::string(row.param); });
+INSTANTIATE_TEST_SUITE_P(Modes, ExitTest,
+                         testing::Values("idle", "upload", "insert", "record", "queued-bi",
+                                         "queued-operation", "queued-unstarted", "queued-inner"));
 
 }  // namespace
 }  // namespace Drive

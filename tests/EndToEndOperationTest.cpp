@@ -4,6 +4,7 @@
 #include <functional>
 #include <thread>
 
+#include "client/common/EncryptHelper.h"
 #include "client/common/IPCDriveClient.h"
 #include "operatelog/OperationLoggerManager.h"
 #include "operatelog/OperationLoggerTimer.h"
@@ -29,7 +30,7 @@ class OperationTest : public Testing::ProductFixture {
                          static_cast<OperationActionType>(i % 5), {{L"fileName", L"a \"b\" \u20ac"}});
     }
     m_manager.Start();
-    m_clock.WaitForWaiters(1);
+    m_clock.WaitForWaiters(m_uploads + 1);
     m_clock.Advance(milliseconds(10000 * ((count + 99) / 100)));
     m_manager.Stop();
     ASSERT_EQ(Stored(Channel::kOperation), static_cast<std::size_t>(count));
@@ -38,13 +39,19 @@ class OperationTest : public Testing::ProductFixture {
   void StartTimers() {
     m_operationTimer.Start();
     m_ubaTimer.Start();
-    m_clock.WaitForWaiters(2);
+    m_clock.WaitForWaiters(m_uploads = 2);
+  }
+  void StopTimers() {
+    m_operationTimer.Stop();
+    m_ubaTimer.Stop();
+    m_uploads = 0;
   }
   void Tick() { m_clock.Advance(milliseconds(60000)); }
 
   OperateLog::OperationLoggerManager m_manager;
   OperateLog::OperationLoggerTimer m_operationTimer;
   OperateLog::UbaLoggerTimer m_ubaTimer;
+  std::size_t m_uploads = 0;  // timers that run
 };
 
 TEST_F(OperationTest, DeliversBothChannelsAndDeletesWhatWasAccepted) {
@@ -56,42 +63,93 @@ TEST_F(OperationTest, DeliversBothChannelsAndDeletesWhatWasAccepted) {
   EXPECT_EQ(Stored(Channel::kOperation), 80u);
   Tick();
   EXPECT_EQ(Stored(Channel::kUba), 80u) << "a partial batch is held back after a delivery";
-  m_operationTimer.Stop();
-  m_ubaTimer.Stop();
+  StopTimers();
   StartTimers();
   Tick();
   EXPECT_EQ(Accepted(Channel::kOperation), 180) << Refusals();
   EXPECT_EQ(Accepted(Channel::kUba), 180) << Refusals();
   EXPECT_EQ(Stored(Channel::kOperation) + Stored(Channel::kUba), 0u);
 
+  const auto uba = m_collector.Records(Channel::kUba);
+  EXPECT_EQ(uba.back().record["q"].asInt(), 0);
+  EXPECT_EQ(uba.front().record["q"].asInt(), 179) << "numbers go on across a restart";
+  EXPECT_EQ(uba.back().record["x"]["CountryCode"].asString(), "CN");
+  EXPECT_EQ(uba.back().record["x"]["Extend"]["fileName"].asString(), "a \"b\" \xE2\x82\xAC");
   const auto operation = m_collector.Records(Channel::kOperation).back().record;
-  EXPECT_EQ(operation["event"].asString(), "Drive.mouse.downloadFile");
-  const auto uba = m_collector.Records(Channel::kUba).back().record;
-  EXPECT_EQ(uba["q"].asInt(), 0);
-  EXPECT_EQ(uba["x"]["Action"].asString(), "Drive.mouse.downloadFile");
-  EXPECT_EQ(uba["x"]["Actiontype"].asString(), "basic_opr");
-  EXPECT_EQ(uba["x"]["OprType"].asString(), "3");
-  EXPECT_EQ(uba["x"]["CountryCode"].asString(), "CN");
-  EXPECT_EQ(uba["x"]["Extend"]["fileName"].asString(), "a \"b\" \xE2\x82\xAC");
-  EXPECT_EQ(m_collector.Records(Channel::kUba).front().record["q"].asInt(), 179);
+  EXPECT_EQ(operation["event"], uba.back().record["x"]["Action"]);
 }
 
-TEST_F(OperationTest, TriesAgainWithTheNextTickAfterAFailure) {
-  Store(5);
+TEST_F(OperationTest, TicksWithTheHostsMaximumWaitTimeAndHoldsBackForTheStoresOwn) {
+  auto data = Settings();
+  data.pushLogWaitTime = 20;
+  data.pushLogMaxWaitTime = 100;
+  Bilog::BILogger::GetInstance().SetBiUbaDataPara(data);
+  Store(1);
   StartTimers();
-  Collection::Fault fault;
-  fault.status = 503;
-  fault.count = 6;
-  m_collector.InjectFault(fault);
+  EXPECT_TRUE(m_log.Has({1, 45, "Drive::OperateLog::UbaLoggerTimer::Start", "dbReportFreq = 100"}));
+  m_clock.Advance(milliseconds(99999));
+  EXPECT_EQ(Stored(Channel::kOperation) + Stored(Channel::kUba), 2u);
+  m_clock.Advance(milliseconds(1));
+  EXPECT_EQ(Stored(Channel::kOperation) + Stored(Channel::kUba), 0u) << Refusals();
+  Store(1);  // takes 10 s
+  m_clock.Advance(milliseconds(289999));
+  EXPECT_EQ(Stored(Channel::kOperation) + Stored(Channel::kUba), 2u);
+  m_clock.Advance(milliseconds(1));
+  EXPECT_EQ(Stored(Channel::kOperation) + Stored(Channel::kUba), 0u) << Refusals();
+}
+
+TEST_F(OperationTest, SendsWhatTheSwitchesAllow) {
+  const struct {
+    bool isOn;
+    int ubaSwitch;
+    std::size_t left;  // of three records in each of two tables
+  } kCases[] = {{false, 1, 6}, {true, 0, 3}, {true, 2, 3}, {true, 1, 0}};
+  for (const auto& each : kCases) {
+    auto& settings = Bilog::LogSettings::GetInstance();
+    settings.SetOperationLogSwitch(true);
+    OperateLog::OperationLoggerManager::DeleteStoredRecords();
+    settings.SetUbaSwitch(1);
+    Store(3);
+    settings.SetOperationLogSwitch(each.isOn);
+    settings.SetUbaSwitch(each.ubaSwitch);
+    m_log.Clear();
+    StartTimers();
+    Tick();
+    EXPECT_EQ(m_log.Count("g_operationLogSwitchState = 0"), each.isOn ? 0u : 2u);
+    EXPECT_EQ(m_log.Count("g_ubaSwitch = 0"), each.ubaSwitch == 0 ? 1u : 0u) << "2 is off, but not reported";
+    EXPECT_EQ(Stored(Channel::kOperation) + Stored(Channel::kUba), each.left) << Refusals();
+    StopTimers();
+  }
+}
+
+TEST_F(OperationTest, HalvesABatchThatIsTooLargeAndDeletesExactlyWhatWasAccepted) {
+  std::vector<Bilog::UserLog> records(5);
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    Bytes random(i == 3 ? 10 : i == 4 ? 220000 : 60000);
+    EncryptHelper::GetSecureRandom(random.data(), random.size());
+    const std::string text = EncryptHelper::Base64Encode(random.data(), random.size(), true);
+    records[i].set_Action(std::wstring(text.begin(), text.end()));
+  }
+  Bilog::BiDataBase::GetInstance().executeInsertUserLogBatchCallback(records, false);
+  CommLog::GetInstance().SetLogFunc([this](int, int, const std::string&, const std::string& text) {
+    if (text.rfind("PushLog Success", 0) == 0 && Accepted(Channel::kOperation) == 2) {
+      InjectAnswer(500, 3);
+    }
+  });
+  StartTimers();
   Tick();
-  EXPECT_EQ(Stored(Channel::kOperation) + Stored(Channel::kUba), 10u);
+  EXPECT_EQ(Accepted(Channel::kOperation), 2) << Refusals();
+  EXPECT_EQ(Stored(Channel::kOperation), 3u) << "the second half was refused";
   Tick();
-  EXPECT_EQ(Accepted(Channel::kOperation) + Accepted(Channel::kUba), 10) << Refusals();
+  EXPECT_EQ(Accepted(Channel::kOperation), 4) << Refusals();
+  EXPECT_EQ(Stored(Channel::kOperation), 0u) << "the last one fits no request";
 }
 
 TEST_F(OperationTest, UbaWaitsForANewToken) {
   IPC::SetIpcEndpointName("drivelog-test-" + std::to_string(std::hash<std::string>{}(m_folder.Narrow(""))));
-  const IPC::IPCDriveServer mainProcess([](int, const std::string&) { return "token/2 new"; });
+  const IPC::IPCDriveServer mainProcess([](int command, const std::string& payload) {
+    return command == 4 && payload == "Rt Change At" ? "token/2 new" : "";
+  });
   Store(5);
   StartTimers();
   Collection::Fault expired;
@@ -104,6 +162,8 @@ TEST_F(OperationTest, UbaWaitsForANewToken) {
   EXPECT_EQ(Stored(Channel::kOperation), 0u);
   Tick();
   EXPECT_EQ(Accepted(Channel::kUba), 5) << Refusals();
+  EXPECT_EQ(Bilog::LogSettings::GetInstance().GetAccessToken() + g_accessToken.Get(),
+            L"token/2 newtoken/2 new");
   IPC::SetIpcEndpointName("TalvikCloud");
 }
 
@@ -120,38 +180,23 @@ TEST_F(OperationTest, SwitchedOffDuringAnUploadTheTablesStayEmpty) {
   OperateLog::OperationLoggerManager::DeleteStoredRecords();
   ticking.join();
   EXPECT_EQ(Stored(Channel::kOperation) + Stored(Channel::kUba), 0u);
-  m_manager.AddEvent(OperationBasicEventType{0}, OperationType{0}, OperationActionType{0}, {});
-  m_manager.Start();
-  m_clock.WaitForWaiters(3);
-  m_clock.Advance(milliseconds(10000));
-  EXPECT_EQ(Stored(Channel::kOperation) + Stored(Channel::kUba), 0u);
 }
 
 TEST_F(OperationTest, SendsNothingUnderAKeyThatIsNone) {
   const std::string good = m_collector.RsaPublicKeyHex();
-  struct {
-    const char* name;
-    std::string key;
-  } const keys[] = {{"none", ""},
-                    {"odd", good.substr(1)},
-                    {"no digits", std::string(540, 'x')},
-                    {"no DER", std::string(540, '0')},
-                    {"too long", good + "00"},
-                    {"cut", good.substr(0, 500)}};
+  const std::string keys[] = {"",          good.substr(1),     std::string(540, 'x'), std::string(540, '0'),
+                              good + good, good.substr(0, 500)};
   Store(3);
-  for (const auto& row : keys) {
-    SCOPED_TRACE(row.name);
+  for (const std::string& key : keys) {
     m_log.Clear();
-    Bilog::LogSettings::GetInstance().SetRsaPublicKey(row.key);
+    Bilog::LogSettings::GetInstance().SetRsaPublicKey(key);
     m_operationTimer.Start();
-    m_clock.WaitForWaiters(1);
-    Tick();
-    m_operationTimer.Stop();
-    EXPECT_EQ(Attempts(Channel::kOperation), 0);
-    EXPECT_EQ(Stored(Channel::kOperation), 3u);
-    EXPECT_EQ(CountBeginning("g_rsaPublicKey is null"), row.key.empty() ? 2u : 0u);
-    EXPECT_EQ(m_log.OfLevel(5).empty(), row.key.empty());
+    m_operationTimer.Stop();  // after a last tick
+    EXPECT_EQ(CountBeginning("g_rsaPublicKey is null"), key.empty() ? 1u : 0u) << key;
+    EXPECT_EQ(CountBeginning("g_rsaPublicKey is not the hexadecimal text"), key.empty() ? 0u : 1u) << key;
   }
+  EXPECT_EQ(Attempts(Channel::kOperation), 0);
+  EXPECT_EQ(Stored(Channel::kOperation), 3u);
   Bilog::LogSettings::GetInstance().SetRsaPublicKey(good);
   m_operationTimer.Start();
   m_clock.WaitForWaiters(1);

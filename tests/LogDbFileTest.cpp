@@ -1,109 +1,116 @@
-// LogDbFileTest.cpp - start-up of the log database: folder, file, size limit, tables, registration.
-#include <filesystem>
+// LogDbFileTest.cpp - start-up of the log database, the registry, and the exported row type.
 #include <fstream>
+#include <stdexcept>
 
 #include "drivelog/BiDataBase.h"
+#include "drivelog/SqlLiteEntity.h"
+#include "drivelog/TalvikSyncFileException.h"
 #include "tests/LogDbFixture.h"
 
 namespace Drive::Testing {
 namespace {
 
-constexpr std::uintmax_t kMaxFileBytes = 524288000;
-
 class LogDbFileTest : public LogDbTest {
  protected:
-  std::vector<std::string> InitMessages() const {
-    std::vector<std::string> texts;
+  void SetUp() override { m_registry = Bilog::BiDataBase(); }
+
+  // Starts the database; its result, and the messages with their levels.
+  Texts Init() {
+    m_log.Clear();
+    Texts texts{Database().InitDataBase(L"Log.db") ? "true" : "false"};
     for (const LogMessage& message : m_log.All()) {
-      if (message.location == "Drive::SQLiteDB::LogSQLiteDB::InitDataBase") {
-        texts.push_back(std::to_string(message.level) + " " + message.text);
-      }
+      texts.push_back(std::to_string(message.level) + " " + message.text);
     }
     return texts;
   }
+
+  Bilog::BiDataBase& m_registry = Bilog::BiDataBase::GetInstance();
 };
 
 TEST_F(LogDbFileTest, CreatesFoldersFileAndTables) {
-  g_dbFullPath = m_folder.Wide("db") + L"/deeper";
-  const std::string path = m_folder.Narrow("db") + "/deeper/Log.db";
-  g_logDbFullPathWithName = path;
-
-  ASSERT_TRUE(Database().InitDataBase(L"Log.db"));
-
-  OtherConnection file(path);
-  const std::string columns =
-      " (Id   INTEGER PRIMARY KEY AUTOINCREMENT NOT NULL,Time       VARCHAR,Action    VARCHAR,UserId    "
-      "VARCHAR,"
-      "DevId      VARCHAR,Code  VARCHAR,Info  VARCHAR,Extend  VARCHAR,TraceId  VARCHAR,UseTime    DOUBLE,"
-      "StartTime   DOUBLE,Model  VARCHAR,Romversion  VARCHAR,Appversion  VARCHAR,Reqsize  VARCHAR,Rspsize  "
-      "VARCHAR,Logversion  INTEGER,TraceEndFlag  INTEGER,CurModule  VARCHAR,Actiontype  VARCHAR,NextModule  "
-      "VARCHAR,ResidenceTime    DOUBLE,OprType  VARCHAR,IsMaintenanceLog  INTEGER NOT NULL)";
-  EXPECT_EQ("CREATE TABLE T_UserLog" + columns,
-            file.Text("SELECT sql FROM sqlite_master WHERE name = 'T_UserLog'"));
-  EXPECT_EQ("CREATE TABLE T_UBAUserLog" + columns,
-            file.Text("SELECT sql FROM sqlite_master WHERE name = 'T_UBAUserLog'"));
-  EXPECT_EQ("wal", file.Text("PRAGMA journal_mode"));
-  EXPECT_EQ((std::vector<std::string>{"2 " + path, "2 filesize =4096", "2 BI Call Back Database Success"}),
-            InitMessages());
-}
-
-TEST_F(LogDbFileTest, KeepsWhatAFileHolds) {
-  Init();
-  Insert({Record(L"old")});
-  Init();
-  EXPECT_EQ("old", Actions());
+  EXPECT_EQ((Texts{"true", "2 " + Path(), "2 filesize =4096", "2 BI Call Back Database Success"}), Init());
+  for (const std::string table : {"T_UserLog", "T_UBAUserLog"}) {
+    EXPECT_EQ("CREATE TABLE " + table +
+                  " (Id   INTEGER PRIMARY KEY AUTOINCREMENT NOT NULL,Time       VARCHAR,Action    VARCHAR,"
+                  "UserId    VARCHAR,DevId      VARCHAR,Code  VARCHAR,Info  VARCHAR,Extend  VARCHAR,"
+                  "TraceId  VARCHAR,UseTime    DOUBLE,StartTime   DOUBLE,Model  VARCHAR,Romversion  VARCHAR,"
+                  "Appversion  VARCHAR,Reqsize  VARCHAR,Rspsize  VARCHAR,Logversion  INTEGER,TraceEndFlag  "
+                  "INTEGER,CurModule  VARCHAR,Actiontype  VARCHAR,NextModule  VARCHAR,ResidenceTime    "
+                  "DOUBLE,OprType  VARCHAR,IsMaintenanceLog  INTEGER NOT NULL)",
+              Run("SELECT sql FROM sqlite_master WHERE name = '" + table + "'"));
+  }
+  EXPECT_EQ("wal", Run("PRAGMA journal_mode"));
 }
 
 TEST_F(LogDbFileTest, StartsAFileAfreshOnlyAboveTheSizeLimit) {
   Init();
   Insert({Record(L"old")});
-  std::filesystem::resize_file(Path(), kMaxFileBytes);  // sparse
-  EXPECT_TRUE(Database().InitDataBase(L"Log.db"));
+  std::filesystem::resize_file(Path(), 524288000);  // sparse
+  Init();
   EXPECT_EQ("old", Actions());
 
-  std::filesystem::resize_file(Path(), kMaxFileBytes + 1);
+  std::filesystem::resize_file(Path(), 524288001);
   std::ofstream(Path() + "-wal") << "left over";
-  m_log.Clear();
-  EXPECT_TRUE(Database().InitDataBase(L"Log.db"));
-  EXPECT_EQ("(null)", Actions());
-  EXPECT_EQ("wal", Query("PRAGMA journal_mode"));
-  EXPECT_EQ((std::vector<std::string>{"2 " + Path(), "2 filesize =524288001",
-                                      "2 delete " + Path() + "success", "2 BI Call Back Database Success"}),
-            InitMessages());
+  EXPECT_EQ((Texts{"true", "2 " + Path(), "2 filesize =524288001", "2 delete " + Path() + "success",
+                   "2 BI Call Back Database Success"}),
+            Init());
+  EXPECT_EQ("", Actions());
 }
 
-TEST_F(LogDbFileTest, RegistersNothingWithoutAFolder) {
-  Bilog::BiDataBase::GetInstance() = Bilog::BiDataBase();
+// Only without a folder nothing is registered.
+TEST_F(LogDbFileTest, RegistersEvenWhenTheFileCannotBeCreated) {
+  std::vector<Bilog::UserLog> batch{Record(L"kept")};
   std::ofstream(m_folder.Path() / "file") << "in the way";
   g_dbFullPath = m_folder.Wide("file") + L"/db";
+  EXPECT_EQ((Texts{"false", "3 Create database directory failed"}), Init());
+  m_registry.executeInsertUserLogBatchCallback(batch, false);
 
-  EXPECT_FALSE(Database().InitDataBase(L"Log.db"));
-
-  EXPECT_EQ(std::vector<std::string>{"3 Create database directory failed"}, InitMessages());
-  std::vector<Bilog::UserLog> batch{Record(L"lost")};
-  m_log.Clear();
-  Bilog::BiDataBase::GetInstance().executeInsertUserLogBatchCallback(batch, false);
-  EXPECT_TRUE(m_log.All().empty());
+  g_dbFullPath = m_folder.Path().wstring();
+  std::filesystem::create_directories(Path());  // a folder where the file should be
+  EXPECT_EQ((Texts{"false", "5 Create sync database failed,error code is .14", "2 " + Path(), "2 filesize =0",
+                   "5 Init database failed.", "2 BI Call Back Database Success"}),
+            Init());
+  m_registry.executeInsertUserLogBatchCallback(batch, false);
+  std::filesystem::remove(Path());
+  m_registry.executeInsertUserLogBatchCallback(batch, false);
+  EXPECT_EQ("kept kept", Actions());
+  EXPECT_EQ(2U, m_registry.executeGetUserLogListCallback(9, 0, false).size());
+  m_registry.executeDeleteUserLogWithIdCallback(2, 2, 0, false);
+  EXPECT_EQ("kept", Actions());
+  m_registry.executeDeleteAllOperationLogUserLogCallback(false, 0);
+  EXPECT_EQ("", Actions());
 }
 
-TEST_F(LogDbFileTest, RegistersEvenWhenTheFileCannotBeCreated) {
-  std::filesystem::create_directories(Path());  // a folder where the file should be
-  g_logDbFullPathWithName = Path();
-  EXPECT_FALSE(Database().InitDataBase(L"Other.db"));
-  EXPECT_EQ(1U, m_log.Count("Create sync database failed,error code is .14"));
-  EXPECT_EQ(1U, m_log.Count("Init database failed."));
-  EXPECT_EQ(1U, m_log.Count("BI Call Back Database Success"));
+TEST(BiDataBaseTest, AFunctionMayKeepACountThrowAndReplaceItself) {
+  const CapturedLog log;
+  Bilog::BiDataBase registry;
+  const auto marker = std::make_shared<int>(0);
+  registry.setGetUserLogListCallbackFunc([&registry, marker, n = 0](int, int, bool) mutable {
+    if (++n == 2) registry.setGetUserLogListCallbackFunc(nullptr);
+    ++*marker;
+    throw std::runtime_error("broken");
+    return std::vector<Bilog::UserLog>();
+  });
+  for (int i = 0; i < 3; ++i) EXPECT_TRUE(registry.executeGetUserLogListCallback(1, 0, false).empty());
+  EXPECT_EQ(2, *marker);
+  EXPECT_EQ(1, marker.use_count());
+  ASSERT_EQ(2U, log.OfLevel(5).size());
+  EXPECT_EQ("Drive::Bilog::BiDataBase::executeGetUserLogListCallback", log.All()[0].location);
+  EXPECT_EQ("broken", log.All()[0].text);
+}
 
-  std::vector<Bilog::UserLog> batch{Record(L"kept")};
-  Bilog::BiDataBase::GetInstance().executeInsertUserLogBatchCallback(batch, false);
-  std::filesystem::remove(Path());
-  Bilog::BiDataBase::GetInstance().executeInsertUserLogBatchCallback(batch, false);
-  EXPECT_EQ("kept kept", Actions());
-  EXPECT_EQ(2U, Bilog::BiDataBase::GetInstance().executeGetUserLogListCallback(9, 0, false).size());
-  Bilog::BiDataBase::GetInstance().executeDeleteUserLogWithIdCallback(2, 2, 0, false);
-  EXPECT_EQ("kept", Actions());
-  Bilog::BiDataBase::GetInstance().executeDeleteAllOperationLogUserLogCallback(false, 0);
-  EXPECT_EQ("(null)", Actions());
+TEST(SqlLiteEntityTest, FindsValuesWhateverTheCaseOfTheirNames) {
+  const OtherConnection connection(":memory:");
+  sqlite3_stmt* row = nullptr;
+  sqlite3_prepare_v2(connection.Handle(), "SELECT 4, 5", -1, &row, nullptr);
+  SQLiteDB::StatementHandle statement(row);
+  ASSERT_EQ(SQLITE_ROW, sqlite3_step(row));
+  SQLiteDB::SqlLiteEntity entity;
+  entity.SetValue(L"Name\x00C4", SQLiteDB::LogSqlLiteValue(sqlite3_column_value(row, 0)));
+  entity.SetValue(L"name\x00E4", SQLiteDB::LogSqlLiteValue(sqlite3_column_value(row, 1)));  // another letter
+  statement.reset();
+  EXPECT_EQ(4, sqlite3_value_int(SQLiteDB::SqlLiteEntity(entity).GetValue(L"nAmE\x00C4").Value()));
+  EXPECT_THROW(entity.GetValue(L"other"), TalvikSyncFileException);
 }
 
 }  // namespace

@@ -4,52 +4,49 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "client/common/SharedGlobals.h"
-#include "client/log/TypeConvert.h"
 #include "logdb/LogSQLiteDB.h"
+#include "logdb/SqliteHandles.h"
 #include "model/LogSettings.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/TempFolder.h"
 
 namespace Drive::Testing {
 
+using Texts = std::vector<std::string>;
+
 // Another user of the database file.
 class OtherConnection {
  public:
   explicit OtherConnection(const std::string& path) {
-    EXPECT_EQ(SQLITE_OK, sqlite3_open(path.c_str(), &m_connection));
+    sqlite3* handle = nullptr;
+    EXPECT_EQ(SQLITE_OK, sqlite3_open(path.c_str(), &handle));
+    m_handle.reset(handle);
     Run("PRAGMA synchronous = OFF");
   }
-  ~OtherConnection() { sqlite3_close(m_connection); }
-  OtherConnection(const OtherConnection&) = delete;
-  OtherConnection& operator=(const OtherConnection&) = delete;
 
-  void Run(const std::string& sql) {
-    EXPECT_EQ(SQLITE_OK, sqlite3_exec(m_connection, sql.c_str(), nullptr, nullptr, nullptr))
-        << sql << ": " << sqlite3_errmsg(m_connection);
-  }
+  sqlite3* Handle() const { return m_handle.get(); }
 
-  // First column of the first row as text; "(none)" without one.
-  std::string Text(const std::string& sql) {
-    sqlite3_stmt* statement = nullptr;
-    EXPECT_EQ(SQLITE_OK, sqlite3_prepare_v2(m_connection, sql.c_str(), -1, &statement, nullptr))
-        << sqlite3_errmsg(m_connection);
-    std::string text = "(none)";
-    if (sqlite3_step(statement) == SQLITE_ROW) {
-      const auto* value = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
-      text = value == nullptr ? "(null)" : value;
-    }
-    sqlite3_finalize(statement);
+  // The columns of the first row as text, such as "1|a"; "" without one.
+  std::string Run(const std::string& sql) {
+    std::string text;
+    const auto append = [](void* result, int columns, char** values, char**) {
+      for (int i = 0; i < columns; ++i) {
+        static_cast<std::string*>(result)->append(i > 0 ? "|" : "").append(values[i] ? values[i] : "");
+      }
+      return 1;
+    };
+    const int code = sqlite3_exec(Handle(), sql.c_str(), append, &text, nullptr);
+    EXPECT_TRUE(code == SQLITE_OK || code == SQLITE_ABORT) << sql << ": " << code;
     return text;
   }
 
  private:
-  sqlite3* m_connection = nullptr;
+  SQLiteDB::ConnectionHandle m_handle;
 };
 
 class LogDbTest : public testing::Test {
@@ -61,19 +58,27 @@ class LogDbTest : public testing::Test {
   }
   ~LogDbTest() override { Database().DeleteFromAllTables(); }
 
-  static SQLiteDB::LogSQLiteDB& Database() { return SQLiteDB::LogSQLiteDB::GetInstance(); }
-  std::string Path() const { return (m_folder.Path() / "db" / "Log.db").u8string(); }
-
-  void Init() {
-    ASSERT_TRUE(Database().InitDataBase(L"Log.db"));
+  void SetUp() override {
+    Database().InitDataBase(L"Log.db");
     m_log.Clear();
   }
-  std::string Query(const std::string& sql) const { return OtherConnection(Path()).Text(sql); }
-  void Run(const std::string& sql) const { OtherConnection(Path()).Run(sql); }
+
+  static SQLiteDB::LogSQLiteDB& Database() { return SQLiteDB::LogSQLiteDB::GetInstance(); }
+  std::string Path() const { return (m_folder.Path() / "db" / "Log.db").u8string(); }
+  std::string Run(const std::string& sql) const { return OtherConnection(Path()).Run(sql); }
 
   // The Action texts of a table's rows in order, such as "a b c".
   std::string Actions(const std::string& table = "T_UserLog") const {
-    return Query("SELECT group_concat(Action, ' ') FROM (SELECT Action FROM " + table + " ORDER BY Id)");
+    return Run("SELECT group_concat(Action, ' ') FROM (SELECT Action FROM " + table + " ORDER BY Id)");
+  }
+
+  // The messages of level 5, as "function of LogSQLiteDB: text".
+  Texts Errors() const {
+    Texts errors;
+    for (const LogMessage& message : m_log.OfLevel(5)) {
+      errors.push_back(message.location.substr(message.location.rfind(':') + 1) + ": " + message.text);
+    }
+    return errors;
   }
 
   static Bilog::UserLog Record(const std::wstring& action, int maintenance = 0) {
@@ -82,20 +87,17 @@ class LogDbTest : public testing::Test {
     record.set_IsMaintenanceLog(maintenance);
     return record;
   }
-  static void Insert(std::vector<Bilog::UserLog> batch, bool uba = false) {
-    Database().InsertUserLogBatch(batch, uba);
-  }
-  static std::vector<Bilog::UserLog> Many(int count, int maintenance = 0) {
-    std::vector<Bilog::UserLog> batch;
-    for (int i = 0; i < count; ++i) batch.push_back(Record(std::to_wstring(i), maintenance));
+  // Records whose actions are numbers from 0 on.
+  static std::vector<Bilog::UserLog> Many(std::size_t count, std::size_t infoLength = 0) {
+    std::vector<Bilog::UserLog> batch(count);
+    for (std::size_t i = 0; i < count; ++i) {
+      batch[i].set_Action(std::to_wstring(i));
+      batch[i].set_Info(std::wstring(infoLength, L'x'));
+    }
     return batch;
   }
-
-  // Ends a death test's process, whose destructors do not run.
-  [[noreturn]] void Leave(bool isGood) const {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_folder.Path(), ignored);
-    std::_Exit(isGood ? 0 : 1);
+  static void Insert(std::vector<Bilog::UserLog> batch, bool uba = false) {
+    Database().InsertUserLogBatch(batch, uba);
   }
 
   TempFolder m_folder;

@@ -1,7 +1,15 @@
-// OperateLogQueueTest.cpp - records of operation events and their way from the queue into the tables.
+// OperateLogQueueTest.cpp - operation events on their way through facade and queue into the tables.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+
 #include "client/common/SharedGlobals.h"
+#include "drivelog/BiDataBase.h"
+#include "drivelog/OperationLogger.h"
 #include "model/LogSettings.h"
 #include "operatelog/OperationLoggerManager.h"
 #include "tests/support/CapturedLog.h"
@@ -13,6 +21,7 @@ namespace Drive::OperateLog {
 namespace {
 
 using std::chrono::milliseconds;
+using std::chrono::seconds;
 using Sizes = std::vector<std::size_t>;
 
 class OperationQueueTest : public testing::Test {
@@ -24,6 +33,7 @@ class OperationQueueTest : public testing::Test {
   }
   ~OperationQueueTest() override {
     m_manager.reset();
+    m_logger.StopLoggerTask();
     Platform::InstallSystem(nullptr);
     Settings().Reset();
   }
@@ -40,13 +50,25 @@ class OperationQueueTest : public testing::Test {
     m_manager->Start();
     m_clock.WaitForWaiters(1);
   }
-  void Tick() { m_clock.Advance(milliseconds(10000)); }
+  void Tick() { m_clock.Advance(seconds(10)); }
+
+  // The same through the facade.
+  void Record(int type) {
+    m_logger.OutputOperationLog(OperationBasicEventType::kDriveActionNewFile,
+                                static_cast<OperationType>(type), OperationActionType::kBasicOperation);
+  }
+  void StartAll() {
+    m_logger.StartLoggerTask();
+    m_logger.StartLogRptTask();
+    m_clock.WaitForWaiters(3);
+  }
 
   Testing::FakeSystem m_system;
   Testing::ManualClock m_clock;
   Testing::CapturedLog m_log;
   Testing::RecordingStorage m_storage;
   std::unique_ptr<OperationLoggerManager> m_manager;
+  OperationLogger& m_logger = OperationLogger::GetInstance();
 };
 
 TEST_F(OperationQueueTest, FillsTheRecordOfAnEvent) {
@@ -63,40 +85,38 @@ TEST_F(OperationQueueTest, FillsTheRecordOfAnEvent) {
   Tick();
   ASSERT_EQ(m_storage.Rows(false).size(), 2u);
   const Bilog::UserLog record = m_storage.Rows(false)[0];
+  EXPECT_EQ(record.get_Action() + L"|" + record.get_Actiontype() + L"|" + record.get_OprType() + L"|" +
+                record.get_Code() + L"|" + record.get_CurModule() + L"|" + record.get_NextModule() + L"|" +
+                record.get_Info() + L"|" + record.get_Rspsize() + L"|" + record.get_Reqsize(),
+            L"DriveTray.transMgr.downloadFailByFileOccupy||-3|004_00000|TalvikDrive||||");
+  EXPECT_EQ(record.get_UserId() + L"|" + record.get_DevId() + L"|" + record.get_Appversion() + L"|" +
+                record.get_Model() + L"|" + record.get_Romversion(),
+            L"user-1|device-1|9.8.7|Win64|Microsoft Windows NT 10.0.22631.0");
   EXPECT_EQ(record.get_Time(), L"2024-03-05 07:08:09.045");
-  EXPECT_EQ(record.get_Action(), L"DriveTray.transMgr.downloadFailByFileOccupy");
-  EXPECT_EQ(record.get_Actiontype(), L"");
-  EXPECT_EQ(record.get_Appversion(), L"9.8.7");
-  EXPECT_EQ(record.get_Code(), L"004_00000");
-  EXPECT_EQ(record.get_CurModule(), L"TalvikDrive");
+  EXPECT_EQ(record.get_TraceId().substr(0, 20), L"76_11_1709622489045_");
   EXPECT_EQ(record.get_Extend(),
             L"{\"DeleteCount\":\"2\",\"Type\":\"1\",\"fileName\":\"\\\"\\u00e9\\\".txt\"}");
-  EXPECT_EQ(record.get_Model(), L"Win64");
-  EXPECT_EQ(record.get_OprType(), L"-3");
-  EXPECT_EQ(record.get_Romversion(), L"Microsoft Windows NT 10.0.22631.0");
-  EXPECT_EQ(record.get_TraceId().substr(0, 20), L"76_11_1709622489045_");
-  EXPECT_EQ(record.get_UserId(), L"user-1");
-  EXPECT_EQ(record.get_DevId(), L"device-1");
-  EXPECT_EQ(record.get_NextModule() + record.get_Rspsize() + record.get_Reqsize() + record.get_Info(), L"");
   EXPECT_EQ(record.get_IsMaintenanceLog(), 0);
   EXPECT_EQ(m_storage.Rows(false)[1].get_Extend(), L"{}");
   EXPECT_EQ(m_storage.Rows(false)[1].get_Actiontype(), L"basic_opr");
 }
 
-TEST_F(OperationQueueTest, SavesAHundredRecordsATickInOrder) {
+TEST_F(OperationQueueTest, SavesAHundredRecordsATickInOrderAndTheRestAtItsEnd) {
   Queue(250);
   Start();
   m_clock.Advance(milliseconds(9999));
   EXPECT_EQ(m_storage.InsertSizes(false), Sizes());
   m_clock.Advance(milliseconds(1));
   EXPECT_EQ(m_storage.InsertSizes(false), Sizes({100}));
-  Tick();
-  Tick();
-  Tick();
+  m_clock.Advance(milliseconds(30000));
   EXPECT_EQ(m_storage.InsertSizes(false), Sizes({100, 100, 50}));
+  Queue(1000);
+  m_manager.reset();
+  EXPECT_EQ(m_storage.InsertSizes(false), Sizes({100, 100, 50, 1000}));
+  EXPECT_EQ(m_storage.InsertSizes(true), Sizes({100, 100, 50, 1000}));
   const auto rows = m_storage.Rows(false);
-  for (std::size_t i = 0; i < 250; ++i) {
-    EXPECT_EQ(rows[i].get_OprType(), std::to_wstring(i));
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    EXPECT_EQ(rows[i].get_OprType(), std::to_wstring(i < 250 ? i : i - 250));
   }
 }
 
@@ -117,25 +137,14 @@ TEST_F(OperationQueueTest, CopiesToTheUbaTableBeforeLoginAndWhileItsSwitchIsOne)
     Queue(3);
     Tick();
     EXPECT_EQ(m_storage.InsertSizes(true).size() - before, each.copies) << each.login << each.ubaSwitch;
-    EXPECT_EQ(m_log.Count(std::string("isLogin == ") + (each.login ? "1" : "0")), 1u);
+    EXPECT_EQ(m_log.Count(each.login ? "isLogin == 1" : "isLogin == 0"), 1u);
     EXPECT_EQ(m_log.Count("g_ubaSwitch == " + std::to_string(each.ubaSwitch)), 1u);
     EXPECT_EQ(m_log.Count("executeInsertUserLogBatchCallback uba"), each.copies);
   }
   EXPECT_EQ(m_log.All().back().location, "Drive::OperateLog::OperationLoggerManager::SaveUserlogToDb");
 }
 
-TEST_F(OperationQueueTest, DiscardsQueuedRecordsWhileTheSwitchIsOff) {
-  Settings().SetOperationLogSwitch(false);
-  Queue(3);
-  Start();
-  Tick();
-  EXPECT_EQ(m_log.Count("g_operationLogSwitchState = 0"), 1u);
-  Settings().SetOperationLogSwitch(true);
-  Tick();
-  EXPECT_TRUE(m_storage.Inserts().empty());
-}
-
-TEST_F(OperationQueueTest, LeavesNothingWhenTheSwitchGoesOffInTheMiddleOfASave) {
+TEST_F(OperationQueueTest, KeepsNothingThatIsQueuedOrBeingSavedWhenTheSwitchGoesOff) {
   int inserts = 0;
   m_storage.beforeInsert = [&inserts] {
     if (++inserts == 2) {  // as the facade does it: the switch, then the deletion, then the batch arrives
@@ -147,15 +156,103 @@ TEST_F(OperationQueueTest, LeavesNothingWhenTheSwitchGoesOffInTheMiddleOfASave) 
   Start();
   Tick();
   EXPECT_EQ(inserts, 2);
-  EXPECT_TRUE(m_storage.Rows(false).empty());
-  EXPECT_TRUE(m_storage.Rows(true).empty());
+  Queue(3);
+  Tick();
+  EXPECT_EQ(m_log.Count("g_operationLogSwitchState = 0"), 1u);
+  Settings().SetOperationLogSwitch(true);
+  Tick();
+  EXPECT_EQ(inserts, 2);
+  EXPECT_TRUE(m_storage.Rows(false).empty() && m_storage.Rows(true).empty());
 }
 
-TEST_F(OperationQueueTest, SavesEverythingQueuedInOneBatchATableAtItsEnd) {
-  Queue(1000);
-  m_manager.reset();
-  EXPECT_EQ(m_storage.InsertSizes(false), Sizes({1000}));
-  EXPECT_EQ(m_storage.InsertSizes(true), Sizes({1000}));
+TEST_F(OperationQueueTest, RecordsAListInGroupsOfTen) {
+  StartAll();
+  m_logger.OutputOperationLog(OperationBasicEventType::kDriveActionDeleteFile, OperationType::kNone,
+                              OperationActionType::kFileTranslate,
+                              std::vector<OperationLogger::Fields>(25, {{L"a", L"\""}}));
+  m_clock.Advance(seconds(10));
+  ASSERT_EQ(m_storage.Rows(false).size(), 2u);
+  std::wstring maps;
+  for (int i = 0; i < 10; ++i) {
+    maps += L",{\\\"a\\\":\\\"\\\"\\\"}";  // quotes escaped once, by the JSON text around them
+  }
+  EXPECT_EQ(m_storage.Rows(false)[1].get_Extend(), L"{\"fileInfos\":\"[" + maps.substr(1) + L"]\"}");
+}
+
+TEST_F(OperationQueueTest, EmptiesTheTablesThatTheSwitchesForbid) {
+  const auto rowsAfter = [&](const std::function<void()>& act) {
+    auto& database = Bilog::BiDataBase::GetInstance();
+    std::vector<Bilog::UserLog> batch(2);
+    batch[1].set_IsMaintenanceLog(1);
+    database.executeInsertUserLogBatchCallback(batch, false);
+    batch.resize(1);
+    database.executeInsertUserLogBatchCallback(batch, true);
+    act();
+    return std::to_string(m_storage.Rows(false).size()) + " " + std::to_string(m_storage.Rows(true).size());
+  };
+  const auto start = [this] { m_logger.StartLogRptTask(); };
+  EXPECT_EQ(rowsAfter(start), "2 0");
+  EXPECT_EQ(m_log.Count("g_ubaSwitch == 0"), 1u);
+  Settings().SetUbaSwitch(1);
+  EXPECT_EQ(rowsAfter([this] { m_logger.SetOperationLogSwitchState(false); }), "2 0") << "BI records stay";
+  EXPECT_EQ(m_log.Count("[PushStatusCommand] OperationLogSwitchState:false"), 1u);
+  EXPECT_FALSE(g_operationLogSwitchState);
+  EXPECT_EQ(rowsAfter(start), "3 0");
+  EXPECT_EQ(m_log.Count("OperationLogSwitchState:false"), 1u);
+  m_logger.SetOperationLogSwitchState(true);
+  EXPECT_EQ(m_log.Count("[PushStatusCommand] OperationLogSwitchState:true"), 1u);
+  EXPECT_TRUE(Settings().GetOperationLogSwitch());
+  EXPECT_EQ(rowsAfter(start), "5 1");
+}
+
+TEST_F(OperationQueueTest, LosesNothingOfManyThreadsBeforeTheSwitchAndKeepsNothingBehindIt) {
+  constexpr int kThreads = 16;
+  constexpr int kEach = 6250;  // 100 000 in all
+  std::vector<std::atomic<int>> stored(kThreads * kEach);
+  std::atomic<int> rows{0};
+  auto& database = Bilog::BiDataBase::GetInstance();
+  database.setInsertUserLogBatchCallbackFunc([&](std::vector<Bilog::UserLog>& batch, bool uba) {
+    for (const Bilog::UserLog& record : batch) {
+      stored[static_cast<std::size_t>(std::stoi(record.get_OprType()))] += uba ? 0 : 1;
+    }
+    rows += static_cast<int>(batch.size());
+  });
+  database.setDeleteAllOperationLogUserLogCallbackFunc([&](bool, int) { rows = 0; });
+  StartAll();
+
+  std::atomic<int> running{kThreads};
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < kThreads; ++thread) {
+    threads.emplace_back([&, thread] {
+      for (int i = 0; i < kEach; ++i) {
+        Record(thread * kEach + i);
+      }
+      --running;
+    });
+  }
+  while (running > 0) {
+    m_clock.Advance(seconds(10));
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  m_clock.Advance(seconds(10 * kThreads * kEach / 100));
+  for (const std::atomic<int>& count : stored) {
+    ASSERT_EQ(count, 1);
+  }
+  EXPECT_EQ(rows, kThreads * kEach);
+
+  for (int i = 0; i < 150; ++i) {
+    Record(i);
+  }
+  std::thread saving([this] { m_clock.Advance(seconds(10)); });
+  m_logger.SetOperationLogSwitchState(false);
+  saving.join();
+  m_clock.Advance(seconds(30));
+  EXPECT_EQ(rows, 0);
+  m_logger.StopLoggerTask();
+  database.setInsertUserLogBatchCallbackFunc({});
+  database.setDeleteAllOperationLogUserLogCallbackFunc({});
 }
 
 }  // namespace

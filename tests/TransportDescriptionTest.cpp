@@ -12,55 +12,38 @@
 namespace Drive::Bilog {
 namespace {
 
-using Testing::CapturedLog;
-using Testing::FakeSystem;
+using Lines = std::vector<std::string>;
 
-class DescriptionTest : public testing::Test {
- protected:
-  DescriptionTest() { Platform::InstallSystem(&m_system); }
-  ~DescriptionTest() override {
-    Platform::InstallSystem(nullptr);
-    LogSettings::GetInstance().Reset();
-  }
-  FakeSystem m_system;
-};
-
-TEST_F(DescriptionTest, RequestHeadersAreTheseLinesInThisOrder) {
-  const std::vector<std::string> expected = {
-      "Content-Type:application/json", "Request-Id:id X-Forged: 1", "App-Ver:1.1.1.1",
-      "App-Id:com.talvik.cloud.pc",    "Sdk-Name:OrvellePC",        "Sdk-Ver:1",
-      "Device-Type:OrvellePC",         "x-zq-client-mode:frontend", "x-zq-os-brand:Windows"};
-  EXPECT_EQ(CreateReqHeader(std::string("id\r\n X-Forged: 1\0\x7F", 18)), expected);
-}
-
-TEST_F(DescriptionTest, UbaHeadersAreTheseLinesInThisOrder) {
-  const CapturedLog log;
+TEST(HeadersTest, AreTheseLinesInThisOrder) {
+  const Testing::FakeSystem system;
+  Platform::InstallSystem(&system);
+  const Testing::CapturedLog log;
   g_pcModel = "Model\r\n";
   g_pcVersion = L"1.2\n.3";
   g_userAgent = L"Agént/";
   LogSettings::GetInstance().SetUserId(L"usér\t1");
-  // Long enough for line breaks, had the Base64 text any.
+  // Long enough for line breaks, had the Base64 text any: 8:null:null:null:a%20b%2F%C3%A9%2Bxxx...
   LogSettings::GetInstance().SetAccessToken(L"a b/é+" + std::wstring(30, L'x'));
-
-  const auto lines = CreateUbaReqHeader("id", "udid");
-
-  const std::vector<std::string> expected = {
-      "Content-Type:application/json", "Content-Encoding:gzip", "X-ReqID:id", "X-AppID:com.talvik.cloud.pc",
-      "X-Model:Model", "X-AppVer:1.2.3", "X-UDID:udid", "X-AccountID:us\xC3\xA9r1",
-      "User-Agent:Ag\xC3\xA9nt/1.2.3", "X-RomVer:Microsoft Windows NT 10.0.22631.0", "X-Lang:zh_CN",
-      "X-DeliveryPlace:CN",
-      // 8:null:null:null:a%20b%2F%C3%A9%2Bxxx...
-      "Authorization:ODpudWxsOm51bGw6bnVsbDphJTIwYiUyRiVDMyVBOSUyQnh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eA="
-      "=",
-      "X-zq-auth-version:1", "x-zq-client-mode:frontend", "x-zq-os-brand:Windows"};
-  EXPECT_EQ(lines, expected);
+  EXPECT_EQ(CreateReqHeader(std::string("id\r\n X-Forged: 1\0\x7F", 18)),
+            (Lines{"Content-Type:application/json", "Request-Id:id X-Forged: 1", "App-Ver:1.1.1.1",
+                   "App-Id:com.talvik.cloud.pc", "Sdk-Name:OrvellePC", "Sdk-Ver:1", "Device-Type:OrvellePC",
+                   "x-zq-client-mode:frontend", "x-zq-os-brand:Windows"}));
+  EXPECT_EQ(CreateUbaReqHeader("id", "udid"),
+            (Lines{"Content-Type:application/json", "Content-Encoding:gzip", "X-ReqID:id",
+                   "X-AppID:com.talvik.cloud.pc", "X-Model:Model", "X-AppVer:1.2.3", "X-UDID:udid",
+                   "X-AccountID:us\xC3\xA9r1", "User-Agent:Ag\xC3\xA9nt/1.2.3",
+                   "X-RomVer:Microsoft Windows NT 10.0.22631.0", "X-Lang:zh_CN", "X-DeliveryPlace:CN",
+                   "Authorization:"
+                   "ODpudWxsOm51bGw6bnVsbDphJTIwYiUyRiVDMyVBOSUyQnh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eHh4eA==",
+                   "X-zq-auth-version:1", "x-zq-client-mode:frontend", "x-zq-os-brand:Windows"}));
   const std::string location = "Drive::Bilog::PushLogRequest::CreateUbaReqHeader";
   EXPECT_TRUE(log.Has({1, 186, location, "g_pcModel = Model\r\n"}));
   EXPECT_TRUE(log.Has({1, 188, location, "g_pcVersion = 1.2\n.3"}));
+  Platform::InstallSystem(nullptr);
+  LogSettings::GetInstance().Reset();
 }
 
-TEST_F(DescriptionTest, NamesEverySystemThatIsKnown) {
-  const std::wstring unknown = L"Unknow Platform";
+TEST(OsNameTest, NamesEverySystemThatIsKnown) {
   const struct {
     std::uint32_t platformId, major, minor;
     const wchar_t* workstation;  // nullptr: not known
@@ -74,82 +57,50 @@ TEST_F(DescriptionTest, NamesEverySystemThatIsKnown) {
       {2, 5, 0, L"2000", L"2000"},
       {2, 5, 1, L"XP", L"XP"},
       {2, 5, 2, L"XP Professional x64 Edition", L"Server 2003"},
-      {2, 5, 3, nullptr, nullptr},
       {2, 6, 0, L"Vista", L"Server 2008"},
       {2, 6, 1, L"7", L"Server 2008 R2"},
       {2, 6, 2, L"8", L"Server 2012"},
       {2, 6, 3, L"8.1", L"Server 2012 R2"},
       {2, 6, 4, nullptr, nullptr},
       {2, 10, 0, L"NT", L"Server 2016"},
-      {2, 10, 1, nullptr, nullptr},
-      {2, 11, 0, nullptr, nullptr},
   };
   for (const auto& row : cases) {
     for (const bool isWorkstation : {true, false}) {
-      m_system.version = Platform::OsVersion{row.platformId, row.major, row.minor, 20348, 3, isWorkstation};
       const wchar_t* const name = isWorkstation ? row.workstation : row.server;
-      const std::wstring version =
-          std::to_wstring(row.major) + L"." + std::to_wstring(row.minor) + L".20348.3";
-      EXPECT_EQ(GetOsVersionName(),
-                name == nullptr ? unknown : std::wstring(L"Microsoft Windows ") + name + L" " + version)
-          << row.major << "." << row.minor;
+      EXPECT_EQ(OsVersionName({row.platformId, row.major, row.minor, 20348, 3, isWorkstation},
+                              Platform::kArchitectureX64, [] { return false; }),
+                name == nullptr
+                    ? L"Unknow Platform"
+                    : std::wstring(L"Microsoft Windows ") + name + L" " + std::to_wstring(row.major) + L"." +
+                          std::to_wstring(row.minor) + L".20348.3");
     }
   }
-  m_system.version.reset();
-  EXPECT_EQ(GetOsVersionName(), unknown);
-}
-
-TEST_F(DescriptionTest, TellsTheReleasesOfServer2003ApartByAskingTwice) {
-  const struct {
-    bool isWorkstation;
-    std::uint32_t architecture;
-    bool first, second;
-    std::wstring name;
-  } cases[] = {
-      {false, Platform::kArchitectureX64, true, true, L"Microsoft Windows Server 2003 R2 5.2.3790.2"},
-      {false, Platform::kArchitectureX64, false, false, L"Microsoft Windows Server 2003 5.2.3790.2"},
-      {false, Platform::kArchitectureX64, false, true, L"Unknow Platform"},
-      {true, Platform::kArchitectureX86, false, false, L"Microsoft Windows Server 2003 5.2.3790.2"},
-  };
-  for (const auto& row : cases) {
-    int asked = 0;
-    const auto isServerR2 = [&] { return asked++ == 0 ? row.first : row.second; };
-    EXPECT_EQ(OsVersionName({2, 5, 2, 3790, 2, row.isWorkstation}, row.architecture, isServerR2), row.name);
+  // Server 2003: the metric is asked twice.
+  for (const auto& [first, second, name] :
+       {std::tuple{true, true, L"Microsoft Windows Server 2003 R2 5.2.3790.2"},
+        std::tuple{false, true, L"Unknow Platform"}}) {
+    const auto isServerR2 = [asked = 0, a = first, b = second]() mutable { return asked++ == 0 ? a : b; };
+    EXPECT_EQ(OsVersionName({2, 5, 2, 3790, 2, true}, Platform::kArchitectureX86, isServerR2), name);
   }
 }
 
-TEST_F(DescriptionTest, CallsASystemByItsNativeArchitecture) {
-  for (const auto& [architecture, model] : {std::pair{Platform::kArchitectureX64, L"Win64"},
-                                            {Platform::kArchitectureItanium, L"Win64"},
-                                            {Platform::kArchitectureX86, L"Win32"},
-                                            {Platform::kArchitectureArm64, L"Win32"}}) {
-    m_system.architecture = architecture;
-    EXPECT_EQ(GetSystemModel(), model);
-  }
-}
-
-TEST_F(DescriptionTest, DescribesTheBrandInEveryExtension) {
+TEST(BrandTest, IsDescribedInEveryExtension) {
   g_deviceBrandSync = "sync";
-  g_appBrandId = "app";
   g_deviceBrandId = L"dévice";
   g_diskType = "disk";
-  g_countryCode = "CN";
   const std::string text =
-      ";DEVICE_BRAND:sync;APP_BRAND_ID:app;ACCOUNT_BRAND_ID:;DEVICE_BRAND_ID:d\xC3\xA9vice;DISK_TYPE:disk"
-      ";COUNTRY_CODE:CN;USER_GRADE:";
+      ";DEVICE_BRAND:sync;APP_BRAND_ID:;ACCOUNT_BRAND_ID:;DEVICE_BRAND_ID:d\xC3\xA9vice;DISK_TYPE:disk"
+      ";COUNTRY_CODE:;USER_GRADE:";
   EXPECT_EQ(MakeExtendJson(L"a:b"), "a:b" + text);
   EXPECT_EQ(MakeExtendJson(L""), text);
   EXPECT_EQ(MakeExtendJson(L"[1]"), "[1]" + text);
-  EXPECT_EQ(MakeExtendJson(L"{} // no"), "{} // no" + text);
   EXPECT_EQ(MakeExtendJson(L"x;DEVICE_BRAND:y"), "x;DEVICE_BRAND:y");
-
   EXPECT_EQ(WriteJson(MakeExtendJson(L"{\"DISK_TYPE\": 1, \"own\": [2]}")),
-            R"({"ACCOUNT_BRAND_ID":"","APP_BRAND_ID":"app","COUNTRY_CODE":"CN","DEVICE_BRAND":"sync",)"
+            R"({"ACCOUNT_BRAND_ID":"","APP_BRAND_ID":"","COUNTRY_CODE":"","DEVICE_BRAND":"sync",)"
             R"("DEVICE_BRAND_ID":"d\u00e9vice","DISK_TYPE":"disk","USER_GRADE":"","own":[2]})");
-  for (auto* value : {&g_deviceBrandSync, &g_appBrandId, &g_diskType, &g_countryCode}) {
-    value->Set({});
-  }
-  g_deviceBrandId.Set({});
+  g_deviceBrandSync = std::string();
+  g_diskType = std::string();
+  g_deviceBrandId = std::wstring();
 }
 
 }  // namespace

@@ -1,208 +1,165 @@
-// TransportUploadTest.cpp - what a push does with the answers of a collector.
+// TransportUploadTest.cpp - what a push reports, and what bad answers cost it.
+#include <curl/curl.h>
 #include <gtest/gtest.h>
 
-#include <deque>
+#include <chrono>
+#include <filesystem>
 #include <fstream>
-#include <sstream>
-#include <thread>
+#include <future>
+#include <iterator>
 
+#include "client/common/GlobalValue.h"
 #include "client/common/IPCDriveClient.h"
+#include "client/common/SharedGlobals.h"
 #include "client/log/SyncPanelLog.h"
-#include "tests/support/ScriptedServer.h"
-#include "tests/support/UploadFixture.h"
-#include "transport/HttpTransfer.h"
-#include "transport/RequestHeaders.h"
+#include "collector/Collector.h"
+#include "model/LogSettings.h"
+#include "tests/support/CapturedLog.h"
+#include "tests/support/FakeSystem.h"
+#include "tests/support/TempFolder.h"
+#include "transport/PushLogRequest.h"
 
 namespace Drive::Testing {
 namespace {
 
 using namespace Drive::Bilog;
+using namespace std::chrono_literals;
+using Messages = std::vector<LogMessage>;
 
-const std::string kPath = "/common/qmvzomaintqrt";
-const std::string kPushFunction = "Drive::Bilog::PushLogRequest::PushLogToServer";
+const std::string kClass = "Drive::Bilog::PushLogRequest::";
 
-class UploadTest : public UploadFixture {
+class UploadTest : public testing::Test {
  protected:
-  LogMessage FailLine(const ScriptedServer& server, int attempt, int status, const std::string& response) {
-    return {5, 141, kPushFunction,
-            "PushLog Fail, url:" + server.Url() + kPath +
-                "  RequestId:id-1,retryCount:" + std::to_string(attempt) +
-                ",responseCode:" + std::to_string(status) + ",responseString:" + response};
+  UploadTest() : m_collector(Options(m_folder)) {
+    m_system.local = m_folder.Path().wstring();
+    Platform::InstallSystem(&m_system);
+    g_certPath = std::filesystem::u8path(m_collector.CaPath()).wstring();
+    Configure(m_collector.Url());
   }
-  LogMessage SuccessLine(const ScriptedServer& server) {
-    return {1, 129, kPushFunction, "PushLog Success,url:" + server.Url() + kPath + " RequestId:id-1"};
+  ~UploadTest() override {
+    Platform::InstallSystem(nullptr);
+    g_certPath = std::wstring();
+    g_isOffLine = false;
+    LogSettings::GetInstance().Reset();
+    m_global.SetIsUseLocalCertificate(false);
+    m_global.SetSystemProxy("");
+    m_global.SetLimitLowSpeed(1);
+    m_global.SetTimeoutLowSpeed(30);
   }
+  static Collection::Collector::Options Options(const TempFolder& folder) {
+    Collection::Collector::Options options;
+    options.dataFolder = folder.Path() / "collector";
+    options.database = ":memory:";
+    return options;
+  }
+
+  void Configure(const std::string& address) {
+    std::filesystem::create_directories(m_folder.Path() / "TalvikCloud");
+    std::ofstream(m_folder.Path() / "TalvikCloud" / "SyncSetting.ini")
+        << "[Server]\nBaseUri=" << address << "\nUbaUri=" << address << "\nMacAddressEncrypt=abc\n";
+    m_client.Init();
+    EXPECT_TRUE(m_log.Has({0, 43, kClass + "Init", "{PushLogRequest}baseUriPushLog:" + address}));
+    m_log.Clear();
+  }
+  // To the next request that has none yet.
+  void AddAnswer(int status, const std::string& body = {}, std::chrono::milliseconds delay = {}) {
+    Collection::Fault answer;
+    answer.status = status;
+    answer.body = body;
+    answer.delay = delay;
+    m_collector.InjectFault(answer);
+  }
+  bool PushToBi() { return m_client.PushLogToBiServer("body", L"/common/qmvzomaintqrt", "id-1"); }
+  bool PushToUba() { return m_client.PushLogToUbaServer("body", L"/collector/v1/event", "id-2"); }
+  static LogMessage Failed(CURLcode code) {
+    return {5, 121, kClass + "PushLogToServer", "PushLogToServer Fail result:" + std::to_string(code)};
+  }
+
+  TempFolder m_folder;
+  FakeSystem m_system;
+  CapturedLog m_log;
+  Collection::Collector m_collector;
+  GlobalValue& m_global = GlobalValue::GetInstatnce();
+  PushLogRequest m_client;
 };
 
-std::string Joined(const std::vector<std::string>& lines) {
-  std::string text;
-  for (const std::string& line : lines) {
-    text += line + "\r\n";
-  }
-  return text;
-}
-
-TEST_F(UploadTest, SendsBodyAndHeaderLinesAsTheyAre) {
-  ScriptedServer server(m_authority.Issue("localhost"));
-  Configure(server.Url(), server.Url());
-  const std::string body("\x78\x9C\0binary", 9);
-  g_pcModel = "Model";
-  g_pcVersion = L"1.2.3";
-  g_userAgent = L"Agent/";
-
-  m_client.Init();
-  EXPECT_TRUE(m_log.Has(
-      {0, 43, "Drive::Bilog::PushLogRequest::Init", "{PushLogRequest}baseUriPushLog:" + server.Url()}));
-  EXPECT_TRUE(PushToBi(body));
-  EXPECT_TRUE(m_client.PushLogToUbaServer(body, L"/collector/v1/event", "id-2"));
-  EXPECT_TRUE(PushToBi(""));
-
-  const auto requests = server.Requests();
-  ASSERT_EQ(requests.size(), 3u);
-  EXPECT_EQ(requests[0].head.rfind("POST /common/qmvzomaintqrt HTTP/1.1\r\n", 0), 0u);
-  EXPECT_NE(requests[0].head.find("\r\n" + Joined(CreateReqHeader("id-1"))), std::string::npos);
-  EXPECT_EQ(requests[0].body, body);
-  EXPECT_EQ(requests[1].head.rfind("POST /collector/v1/event HTTP/1.1\r\n", 0), 0u);
-  // SHA-256 of "abc".
-  const std::string udid = "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
-  EXPECT_NE(requests[1].head.find("\r\nX-UDID:" + udid + "\r\n"), std::string::npos) << requests[1].head;
-  EXPECT_NE(requests[1].head.find("\r\nUser-Agent:Agent/1.2.3\r\n"), std::string::npos);
-  EXPECT_EQ(requests[1].body, body);
-  EXPECT_NE(requests[2].head.find("Content-Length: 0\r\n"), std::string::npos) << "an empty POST is one";
-}
-
-TEST_F(UploadTest, SucceedsOnTheSecondAttempt) {
-  ScriptedServer server(m_authority.Issue("localhost"), {Status(503, "busy\r\nforged\x7F")});
-  Configure(server.Url());
-
-  EXPECT_TRUE(PushToBi());
-
-  EXPECT_EQ(m_log.All(), (std::vector{FailLine(server, 0, 503, "busy  forged "), SuccessLine(server)}));
-}
-
-TEST_F(UploadTest, GivesUpAfterThreeAttempts) {
-  // Neither is a success, and the target of a redirect is no collector.
-  const std::string redirect = "HTTP/1.1 302 Found\r\nLocation: /elsewhere\r\nContent-Length: 0\r\n\r\n";
-  ScriptedServer server(m_authority.Issue("localhost"),
-                        {Status(500), Raw(redirect), Status(400, "auth failed")});
-  Configure(server.Url());
-
-  EXPECT_FALSE(PushToBi());
-
-  EXPECT_EQ(m_log.All(), (std::vector{FailLine(server, 0, 500, ""), FailLine(server, 1, 302, ""),
-                                      FailLine(server, 2, 400, "auth failed")}));
-  EXPECT_EQ(server.Requests().size(), 3u);
-}
-
-TEST_F(UploadTest, RenewsARefusedTokenAndLeavesTheBatchForTheNextTick) {
+TEST_F(UploadTest, ReportsEveryAttempt) {
   SyncPanelLog::GetInstance().SetFolder(m_folder.Wide("logs"));
   IPC::SetIpcEndpointName("drivelog-transport-" + m_folder.Path().filename().string());
-  std::vector<std::string> commands;
-  std::string answer = "new token";
-  const IPC::IPCDriveServer mainProcess([&](int command, const std::string& payload) {
-    commands.push_back(std::to_string(command) + " " + payload);
-    return answer;
-  });
-  ASSERT_TRUE(mainProcess.IsListening());
-  const Answer refusal = Status(400, R"({"msg":"interface auth failed"})");
-  ScriptedServer server(m_authority.Issue("localhost"), {refusal, refusal});
-  Configure(server.Url());
-
-  EXPECT_FALSE(PushToBi());
-  answer.clear();  // a reply without a token changes nothing
-  EXPECT_FALSE(PushToBi());
+  LogSettings::GetInstance().SetAccessToken(L"old");
+  AddAnswer(503, "busy\r\nforged\x7F");
+  AddAnswer(400, std::string(65530, '-') + "interface auth failed");
+  AddAnswer(200);
+  AddAnswer(400, "{interface auth failed}");
   EXPECT_TRUE(PushToBi());
-
-  EXPECT_EQ(server.Requests().size(), 3u);
-  EXPECT_EQ(commands, (std::vector<std::string>{"4 Rt Change At", "4 Rt Change At"}));
-  EXPECT_EQ(LogSettings::GetInstance().GetAccessToken(), L"new token");
-  EXPECT_EQ(g_accessToken.Get(), L"new token");
-  EXPECT_EQ(m_log.All().at(0), (LogMessage{2, 134, kPushFunction, "update at"}));
-  EXPECT_EQ(m_log.All().at(1).location, "Drive::Bilog::PushLogRequest::SendAtLostMessage");
-  EXPECT_EQ(m_log.All().at(1).text, "SendAtLostMessage AT");
-  EXPECT_FALSE(m_log.Contains("Get New AT")) << "goes to the log files, past the installed function";
-  std::ostringstream file;
-  file << std::ifstream(m_folder.Path() / "logs" / "debug.log").rdbuf();
-  EXPECT_NE(file.str().find("Get New AT"), std::string::npos);
+  EXPECT_FALSE(PushToBi());
+  const std::string url = m_collector.Url() + "/common/qmvzomaintqrt";
+  const std::string location = kClass + "PushLogToServer";
+  const std::string fail = "PushLog Fail, url:" + url + "  RequestId:id-1,retryCount:";
+  const std::string kept = std::string(65530, '-') + "interf";  // of a long response
+  const auto messages = m_log.All();
+  ASSERT_EQ(messages.size(), 5u) << "the sixth goes to the log files, past the installed function";
+  EXPECT_EQ(Messages(messages.begin(), messages.begin() + 4),
+            (Messages{{5, 141, location, fail + "0,responseCode:503,responseString:busy  forged "},
+                      {5, 141, location, fail + "1,responseCode:400,responseString:" + kept},
+                      {1, 129, location, "PushLog Success,url:" + url + " RequestId:id-1"},
+                      {2, 134, location, "update at"}}));
+  EXPECT_EQ(messages[4].location + messages[4].text, kClass + "SendAtLostMessageSendAtLostMessage AT");
+  std::ifstream file(m_folder.Path() / "logs" / "debug.log");
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_NE(text.find(kClass + "SendAtLostMessage:94 Get New AT"), std::string::npos);
+  EXPECT_EQ(LogSettings::GetInstance().GetAccessToken(), L"old") << "there was nobody to ask";
+  SyncPanelLog::GetInstance().SetFolder(L"");
 }
 
-TEST_F(UploadTest, NeedsNeitherNetworkNorServerWhereNothingIsToBeSent) {
-  ScriptedServer server(m_authority.Issue("localhost"));
-  const std::string location = "Drive::Bilog::PushLogRequest::";
-  Configure("", "");
-  EXPECT_TRUE(PushToBi()) << "without a collector the records count as delivered";
-  EXPECT_EQ(m_log.All(),
-            (std::vector<LogMessage>{{2, 62, location + "PushLogToBiServer", "baseUri is empty"}}));
-  m_log.Clear();
-  EXPECT_FALSE(m_client.PushLogToUbaServer("body", L"/collector/v1/event", "id-1"));
-  EXPECT_EQ(FailedAttempts(), std::vector<std::string>(3, "3")) << "unlike the other channel";
-
-  Configure(server.Url(), server.Url());
+TEST_F(UploadTest, ConnectsToNobodyWhereNothingIsToBeSent) {
   g_certPath = std::wstring();
   EXPECT_FALSE(PushToBi());
-  EXPECT_EQ(m_log.All(),
-            (std::vector<LogMessage>{{5, 238, location + "InitCurl", "Path of certfile is empty"}}));
-  m_log.Clear();
-
   g_isOffLine = true;
   EXPECT_FALSE(PushToBi());
-  EXPECT_FALSE(m_client.PushLogToUbaServer("body", L"/collector/v1/event", "id-1"));
-  EXPECT_EQ(m_log.All(),
-            (std::vector<LogMessage>{{5, 58, location + "PushLogToBiServer", "Not net or at disable"},
-                                     {5, 76, location + "PushLogToUbaServer", "Not net or at disable"}}));
-  EXPECT_TRUE(server.Requests().empty());
+  EXPECT_FALSE(PushToUba());
+  EXPECT_EQ(m_log.All(), (Messages{{5, 238, kClass + "InitCurl", "Path of certfile is empty"},
+                                   {5, 58, kClass + "PushLogToBiServer", "Not net or at disable"},
+                                   {5, 76, kClass + "PushLogToUbaServer", "Not net or at disable"}}));
+  g_isOffLine = false;
+  Configure("");
+  EXPECT_TRUE(PushToBi()) << "without a collector the records count as delivered";
+  EXPECT_EQ(m_log.All(), (Messages{{2, 62, kClass + "PushLogToBiServer", "baseUri is empty"}}));
+  g_certPath = L"any";
+  EXPECT_FALSE(PushToUba()) << "unlike there";
 }
 
-TEST_F(UploadTest, GoesThroughTheClientsProxy) {
-  ScriptedServer proxy(nullptr);
-  GlobalValue::GetInstatnce().SetSystemProxy(proxy.Url());
-  Configure("http://collector.example");
-
+// Each costs one attempt and leaves nothing behind that would spoil the next.
+TEST_F(UploadTest, GivesUpOnAnswersThatAreTooLongOrTooSlow) {
+  m_global.SetLimitLowSpeed(1000);
+  m_global.SetTimeoutLowSpeed(1);
+  AddAnswer(200, std::string(32 * 1024 * 1024, 'x'));
+  AddAnswer(200, "", 1min);
+  AddAnswer(200);
   EXPECT_TRUE(PushToBi());
-
-  ASSERT_EQ(proxy.Requests().size(), 1u);
-  EXPECT_EQ(proxy.Requests()[0].head.rfind("POST http://collector.example" + kPath + " HTTP/1.1\r\n", 0), 0u);
+  EXPECT_EQ(m_log.OfLevel(5), (Messages{Failed(CURLE_FILESIZE_EXCEEDED), Failed(CURLE_OPERATION_TIMEDOUT)}));
 }
 
-TEST_F(UploadTest, KeepsTheResponsesOfThreadsApart) {
-  std::deque<ScriptedServer> servers;
-  std::deque<PushLogRequest> clients;
-  std::vector<std::thread> threads;
-  for (const char* response : {"one", "two", "three"}) {
-    servers.emplace_back(m_authority.Issue("localhost"), std::vector<Answer>(30, Status(500, response)));
-    Configure(servers.back().Url());
-    clients.emplace_back().Init();
-  }
+TEST_F(UploadTest, GoesThroughTheProxyAndTrustsTheSystemsStoreWhenTold) {
+  m_global.SetIsUseLocalCertificate(true);  // the system does not know the collector's authority
+  EXPECT_FALSE(PushToBi());
+  EXPECT_EQ(m_log.All(), Messages(3, Failed(CURLE_PEER_FAILED_VERIFICATION)));
   m_log.Clear();
-  for (PushLogRequest& client : clients) {
-    threads.emplace_back([&client] {
-      for (int push = 0; push < 10; ++push) {
-        EXPECT_FALSE(client.PushLogToBiServer("body", L"/common/qmvzomaintqrt", "id-1"));
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-
-  for (int attempt = 0; attempt < 3; ++attempt) {
-    EXPECT_EQ(m_log.Count(FailLine(servers[0], attempt, 500, "one").text), 10u);
-    EXPECT_EQ(m_log.Count(FailLine(servers[1], attempt, 500, "two").text), 10u);
-    EXPECT_EQ(m_log.Count(FailLine(servers[2], attempt, 500, "three").text), 10u);
-  }
+  m_global.SetSystemProxy("localhost:1");  // where nobody listens
+  EXPECT_FALSE(PushToBi());
+  EXPECT_EQ(m_log.All(), Messages(3, Failed(CURLE_COULDNT_CONNECT)));
 }
 
-TEST(ResponseTest, KeepsTheBeginningOnlyButTakesEverything) {
-  ResponseText response;
-  std::string block(ResponseText::kMaxKeptBytes - 1, 'a');
-  EXPECT_EQ(KeepResponse(block.data(), 1, block.size(), &response), block.size());
-  std::string more = "bcd";
-  EXPECT_EQ(KeepResponse(more.data(), 3, 1, &response), 3u);
-  EXPECT_EQ(KeepResponse(more.data(), 1, 3, &response), 3u);
-
-  EXPECT_EQ(response.kept, block + "b");
-  EXPECT_EQ(response.received, block.size() + 6);
-  EXPECT_EQ(KeepResponse(more.data(), 1, 3, nullptr), 0u);
+TEST_F(UploadTest, AbortsATransferInFlightAndEveryLaterOne) {
+  AddAnswer(200, "", 1min);
+  m_client.AbortAfter(1h);
+  auto pushed = std::async(std::launch::async, [this] { return PushToBi(); });
+  ASSERT_TRUE(m_collector.WaitForAttempts(Collection::Channel::kMaintenance, 1, 20s));
+  m_client.AbortAfter(0ms);
+  m_client.AbortAfter(1h);  // a later time does not put it off
+  EXPECT_FALSE(pushed.get());
+  EXPECT_FALSE(PushToBi());
+  EXPECT_EQ(m_log.All(), Messages(2, Failed(CURLE_ABORTED_BY_CALLBACK))) << "no attempt after an abort";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
 drivelog_test(client_tests
-              SOURCES ClientEncryptHelperTest.cpp ClientFactsTest.cpp ClientIniFileTest.cpp ClientIpcTest.cpp
-                      ClientSyncPanelLogTest.cpp ClientTypeConvertTest.cpp
-              USES drivelog_client OpenSSL::Crypto nng::nng)
+              SOURCES ClientEncryptHelperTest.cpp ClientFilesTest.cpp ClientIpcTest.cpp ClientSyncPanelLogTest.cpp
+                      ClientTextTest.cpp
+              USES drivelog_client drivelog_collector OpenSSL::Crypto)

@@ -1,4 +1,4 @@
 drivelog_test(logdb_tests
-              SOURCES LogDbFaultsTest.cpp LogDbFileTest.cpp LogDbKeptRecordsTest.cpp LogDbRecordsTest.cpp
-                      LogDbRegistryTest.cpp LogDbRowCapTest.cpp LogDbThreadsTest.cpp support/FaultyVfs.cpp
+              SOURCES LogDbFaultsTest.cpp LogDbFileTest.cpp LogDbRecordsTest.cpp LogDbThreadsTest.cpp
+                      support/FaultyVfs.cpp
               USES drivelog_logdb drivelog_test_support)

@@ -26,14 +26,17 @@ std::mt19937_64 MakeGenerator() {
 }
 
 // Eight decimal digits, the first of which is never 0.
-std::wstring MakeRandomDigits() {
+std::string MakeRandomDigits() {
   thread_local std::mt19937_64 generator = MakeGenerator();
-  return std::to_wstring(std::uniform_int_distribution<int>(10000000, 99999999)(generator));
+  return std::to_string(std::uniform_int_distribution<int>(10000000, 99999999)(generator));
 }
 
 std::string Padded(int value, std::size_t width) {
   return ZeroPadded(static_cast<std::uint32_t>(value), width);
 }
+
+// Of characters that all alphabets have.
+std::wstring Widened(const std::string& text) { return {text.begin(), text.end()}; }
 
 }  // namespace
 
@@ -47,15 +50,22 @@ std::string GetLocalTimeString() {
 
 std::wstring MakeRecordTime() {
   const Platform::LocalTime now = Platform::CurrentClock().NowLocal();
-  return TypeConvert::UTF8ToUnicode(std::to_string(now.year) + "-" + Padded(now.month, 2) + "-" +
-                                    Padded(now.day, 2) + " " + Padded(now.hour, 2) + ":" +
-                                    Padded(now.minute, 2) + ":" + Padded(now.second, 2) + "." +
-                                    Padded(now.millisecond, 3));
+  std::string text = std::to_string(now.year);
+  const auto append = [&text](char separator, int value, std::size_t width) {
+    text.append(1, separator).append(Padded(value, width));
+  };
+  append('-', now.month, 2);
+  append('-', now.day, 2);
+  append(' ', now.hour, 2);
+  append(':', now.minute, 2);
+  append(':', now.second, 2);
+  append('.', now.millisecond, 3);
+  return Widened(text);
 }
 
 std::wstring MakeRandomLogId(int number) {
-  return std::to_wstring(number) + L"_11_" + std::to_wstring(Platform::CurrentClock().NowMilliseconds()) +
-         L"_" + MakeRandomDigits();
+  return Widened(std::to_string(number) + "_11_" +
+                 std::to_string(Platform::CurrentClock().NowMilliseconds()) + "_" + MakeRandomDigits());
 }
 
 std::wstring MakeResultCode(const std::wstring& code) {

@@ -9,6 +9,8 @@
 #include <memory>
 #include <sstream>
 
+#include "client/log/TypeConvert.h"
+
 namespace Drive::Bilog {
 namespace {
 
@@ -74,6 +76,14 @@ std::string WriteJson(const Json::Value& value) {
   const std::unique_ptr<Json::StreamWriter> writer(WriterBuilder().newStreamWriter());
   writer->write(value, &text);
   return text.str();
+}
+
+Json::Value MakeJsonObject(const std::map<std::wstring, std::wstring>& map) {
+  Json::Value object(Json::objectValue);
+  for (const auto& [key, value] : map) {
+    object[TypeConvert::UnicodeToUTF8(key)] = TypeConvert::UnicodeToUTF8(value);
+  }
+  return object;
 }
 
 std::optional<Json::Value> ParseJsonObject(const std::string& text) {

@@ -3,6 +3,7 @@
 
 #include <json/value.h>
 
+#include <map>
 #include <optional>
 #include <string>
 
@@ -10,6 +11,9 @@ namespace Drive::Bilog {
 
 // One line, no blanks, UTF-8.
 std::string WriteJson(const Json::Value& value);
+
+// The map as an object of texts.
+Json::Value MakeJsonObject(const std::map<std::wstring, std::wstring>& map);
 
 // The object that `text` holds; nothing when the text is anything else: not JSON, a comment in it, something
 // behind the value, another root than an object, values more than 200 levels deep, numbers out of range.

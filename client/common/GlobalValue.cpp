@@ -10,15 +10,8 @@ GlobalValue& GlobalValue::GetInstatnce() {
   return instance;
 }
 
-bool GlobalValue::GetIsUseLocalCertificate() const {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  return m_isUseLocalCertificate;
-}
-
-void GlobalValue::SetIsUseLocalCertificate(bool value) {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  m_isUseLocalCertificate = value;
-}
+bool GlobalValue::GetIsUseLocalCertificate() const { return m_isUseLocalCertificate; }
+void GlobalValue::SetIsUseLocalCertificate(bool value) { m_isUseLocalCertificate = value; }
 
 std::string GlobalValue::GetSystemProxy() const {
   const std::lock_guard<std::mutex> lock(m_mutex);
@@ -30,35 +23,14 @@ void GlobalValue::SetSystemProxy(std::string value) {
   m_systemProxy = std::move(value);
 }
 
-long GlobalValue::GetTimeoutConnect() const {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  return m_timeoutConnect;
-}
+long GlobalValue::GetTimeoutConnect() const { return m_timeoutConnect; }
+void GlobalValue::SetTimeoutConnect(long milliseconds) { m_timeoutConnect = milliseconds; }
 
-void GlobalValue::SetTimeoutConnect(long milliseconds) {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  m_timeoutConnect = milliseconds;
-}
+long GlobalValue::GetLimitLowSpeed() const { return m_limitLowSpeed; }
+void GlobalValue::SetLimitLowSpeed(long bytesPerSecond) { m_limitLowSpeed = bytesPerSecond; }
 
-long GlobalValue::GetLimitLowSpeed() const {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  return m_limitLowSpeed;
-}
-
-void GlobalValue::SetLimitLowSpeed(long bytesPerSecond) {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  m_limitLowSpeed = bytesPerSecond;
-}
-
-long GlobalValue::GetTimeoutLowSpeed() const {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  return m_timeoutLowSpeed;
-}
-
-void GlobalValue::SetTimeoutLowSpeed(long seconds) {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  m_timeoutLowSpeed = seconds;
-}
+long GlobalValue::GetTimeoutLowSpeed() const { return m_timeoutLowSpeed; }
+void GlobalValue::SetTimeoutLowSpeed(long seconds) { m_timeoutLowSpeed = seconds; }
 
 std::wstring GlobalValue::GetPackageName() const { return L"com.talvik.cloud.pc"; }
 

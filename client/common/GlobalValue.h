@@ -1,6 +1,7 @@
 // GlobalValue.h - the client's settings of network and package.
 #pragma once
 
+#include <atomic>
 #include <mutex>
 #include <string>
 
@@ -37,12 +38,12 @@ class GlobalValue {
  private:
   GlobalValue() = default;
 
-  mutable std::mutex m_mutex;  // guards what follows
-  bool m_isUseLocalCertificate = false;
+  std::atomic<bool> m_isUseLocalCertificate{false};
+  std::atomic<long> m_timeoutConnect{10000};
+  std::atomic<long> m_limitLowSpeed{1};
+  std::atomic<long> m_timeoutLowSpeed{30};
+  mutable std::mutex m_mutex;  // guards m_systemProxy
   std::string m_systemProxy;
-  long m_timeoutConnect = 10000;
-  long m_limitLowSpeed = 1;
-  long m_timeoutLowSpeed = 30;
 };
 
 }  // namespace Drive

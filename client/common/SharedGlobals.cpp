@@ -1,7 +1,11 @@
 // SharedGlobals.cpp - the process-wide values of the client.
 #include "client/common/SharedGlobals.h"
 
+#include "platform/EndingLock.h"
+
 namespace Drive {
+
+std::unique_lock<std::mutex> LockSharedValue(std::mutex& mutex) { return Platform::LockUnlessEnding(mutex); }
 
 SharedValue<std::wstring> g_userId;
 SharedValue<std::string> g_rsaPublicKey;

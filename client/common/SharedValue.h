@@ -6,6 +6,10 @@
 
 namespace Drive {
 
+// Locks the mutex of a shared value. At the end of the process it may not be to be had: a thread that the
+// system has ended may hold it for ever.
+std::unique_lock<std::mutex> LockSharedValue(std::mutex& mutex);
+
 // Holds one value; copies go in and out under a lock.
 //
 // Surprises: the value is never destroyed, since detached threads read such values until the process is gone.
@@ -19,14 +23,15 @@ class SharedValue {
   SharedValue(const SharedValue&) = delete;
   SharedValue& operator=(const SharedValue&) = delete;
 
-  // A default value until the first Set.
+  // A default value until the first Set, or when the lock is not to be had.
   T Get() const {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_value == nullptr ? T{} : *m_value;
+    const auto lock = LockSharedValue(m_mutex);
+    return m_value == nullptr || !lock.owns_lock() ? T{} : *m_value;
   }
 
   void Set(T value) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto lock = LockSharedValue(m_mutex);
+    if (!lock.owns_lock()) return;
     if (m_value == nullptr) {
       m_value = new T(std::move(value));
     } else {

@@ -4,6 +4,7 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/EndingLock.h"
 #include "platform/System.h"
 
 namespace Drive {
@@ -26,7 +27,10 @@ std::wstring LoggerUtility::GetLocalAppDataPath() { return Platform::CurrentSyst
 
 std::string LoggerUtility::GetUplogType(int code) {
   UplogTypes& types = Types();
-  const std::lock_guard<std::mutex> lock(types.mutex);
+  const auto lock = Platform::LockUnlessEnding(types.mutex);
+  if (!lock.owns_lock()) {
+    return std::to_string(code);
+  }
   const auto found = types.names.find(code);
   return found == types.names.end() ? std::to_string(code) : found->second;
 }

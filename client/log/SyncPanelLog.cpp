@@ -9,6 +9,7 @@
 #include "client/common/FilePath.h"
 #include "client/common/ReadSyncConfigFile.h"
 #include "client/log/LoggerUtility.h"
+#include "platform/EndingLock.h"
 #include "platform/System.h"
 
 namespace Drive {
@@ -26,12 +27,13 @@ std::wstring DefaultFolder() {
   return LoggerUtility::GetLocalAppDataPath() + kPathSeparator + APP_NAME + kPathSeparator + L"logs";
 }
 
-// The logger is made directly: spdlog's registry is destroyed at exit, while threads still write.
+// The logger is made directly: spdlog's registry is destroyed at exit, while threads still write. Its sink has
+// no lock of its own: a thread that the system has ended could not give it back.
 std::shared_ptr<spdlog::logger> OpenLogger(const std::filesystem::path& file, const std::string& name) {
   std::filesystem::create_directories(file.parent_path());
   // `native` is wide on Windows, where spdlog is built to take such names.
   auto sink =
-      std::make_shared<spdlog::sinks::rotating_file_sink_mt>(file.native(), kLargestFile, kOlderFiles);
+      std::make_shared<spdlog::sinks::rotating_file_sink_st>(file.native(), kLargestFile, kOlderFiles);
   sink->set_pattern("%Y-%m-%d %H:%M:%S.%e [%n] %v");
   auto logger = std::make_shared<spdlog::logger>(name, std::move(sink));
   logger->set_level(spdlog::level::trace);
@@ -74,8 +76,11 @@ SyncPanelLog::SyncPanelLog() {
 void SyncPanelLog::Output(LogSeverity severity, int line, const std::string& location,
                           const std::string& text) {
   try {
-    if (const auto logger = Logger(severity)) {
-      logger->log(spdlog::level::info, OnOneLine(location + ":" + std::to_string(line) + " " + text));
+    const std::string message = OnOneLine(location + ":" + std::to_string(line) + " " + text);
+    const auto lock = Platform::LockUnlessEnding(m_mutex);
+    spdlog::logger* const logger = lock.owns_lock() ? Logger(severity) : nullptr;
+    if (logger != nullptr) {
+      logger->log(spdlog::level::info, message);
     }
   } catch (...) {
     // dropped, as the header says
@@ -83,14 +88,13 @@ void SyncPanelLog::Output(LogSeverity severity, int line, const std::string& loc
 }
 
 void SyncPanelLog::SetFolder(const std::wstring& folder) {
-  std::map<LogSeverity, Channel> closed;  // after the lock
   const std::lock_guard<std::mutex> lock(m_mutex);
   m_folder = folder;
-  closed.swap(m_channels);
+  m_channels.clear();
 }
 
-std::shared_ptr<spdlog::logger> SyncPanelLog::Logger(LogSeverity severity) {
-  const std::lock_guard<std::mutex> lock(m_mutex);
+// Under the lock; null while the file cannot be opened.
+spdlog::logger* SyncPanelLog::Logger(LogSeverity severity) {
   Channel& channel = m_channels[severity];
   const auto now = std::chrono::steady_clock::now();
   if (channel.logger == nullptr && now >= channel.nextTry) {
@@ -101,7 +105,7 @@ std::shared_ptr<spdlog::logger> SyncPanelLog::Logger(LogSeverity severity) {
     channel.logger =
         OpenLogger(FilePath(m_folder) / FilePath(m_fileNames.at(severity)), m_loggerNames.at(severity));
   }
-  return channel.logger;
+  return channel.logger.get();
 }
 
 }  // namespace Drive

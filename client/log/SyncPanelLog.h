@@ -41,16 +41,16 @@ class SyncPanelLog {
 
  private:
   struct Channel {
-    std::shared_ptr<spdlog::logger> logger;  // shared with the threads that write just now
+    std::shared_ptr<spdlog::logger> logger;
     std::chrono::steady_clock::time_point nextTry{};
   };
 
   SyncPanelLog();
-  std::shared_ptr<spdlog::logger> Logger(LogSeverity severity);
+  spdlog::logger* Logger(LogSeverity severity);
 
   std::map<LogSeverity, std::wstring> m_fileNames;
   std::map<LogSeverity, std::string> m_loggerNames;
-  std::mutex m_mutex;  // guards what follows
+  std::mutex m_mutex;  // guards what follows, and the writing
   std::wstring m_folder;
   std::map<LogSeverity, Channel> m_channels;
 };

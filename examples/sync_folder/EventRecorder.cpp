@@ -81,6 +81,13 @@ OperationBasicEventType EventOf(ChangeKind kind, bool isFolder) {
 
 }  // namespace
 
+std::map<int, std::string> UploadTypeNames() {
+  return {{kWalkEnded, "SyncFolder.walkEnded"},        {kFileFound, "SyncFolder.fileFound"},
+          {kFolderFound, "SyncFolder.folderFound"},    {kOtherFound, "SyncFolder.otherFound"},
+          {kUnreadable, "SyncFolder.unreadable"},      {kRestSummedUp, "SyncFolder.restSummedUp"},
+          {kFolderChanged, "SyncFolder.folderChanged"}};
+}
+
 EventRecorder::EventRecorder(fs::path root, std::size_t limit)
     : m_root(std::move(root)), m_limit(limit), m_traceId(MakeTraceId()) {}
 

@@ -15,6 +15,9 @@
 
 namespace SyncFolder {
 
+// The names of the example's event codes, under which BI records are sent.
+std::map<int, std::string> UploadTypeNames();
+
 // What was recorded so far. Every operation record becomes a UBA record as well.
 struct RecordedCounts {
   std::size_t maintenance = 0;

@@ -18,6 +18,7 @@
 #include "drivelog/BILogger.h"
 #include "drivelog/CommLog.h"
 #include "drivelog/OperationLogger.h"
+#include "examples/sync_folder/EventRecorder.h"
 #include "examples/sync_folder/PathText.h"
 
 namespace SyncFolder {
@@ -93,6 +94,13 @@ void UseCertificate(const fs::path& certificate) {
   }
 }
 
+// Values of the client's own library. A library that holds that part itself, as the DLL on Windows does, does
+// not see them: its uploads have no user agent then but the version, and its BI records codes for names.
+void SetClientValues() {
+  Drive::g_userAgent.Set(L"sync_folder/");
+  Drive::LoggerUtility::SetUplogTypes(UploadTypeNames());
+}
+
 bool WriteValues(const fs::path& file,
                  const std::initializer_list<std::pair<const char*, std::string>>& values) {
   std::error_code error;
@@ -145,6 +153,7 @@ bool Product::SetUpLibrary(const Options& options) {
     return false;
   }
   UseCertificate(options.certificate);
+  SetClientValues();
 
   Drive::Bilog::BiUbaDataType data;
   data.userId = user;

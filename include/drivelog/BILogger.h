@@ -27,7 +27,8 @@ class BILoggerTimer;
 //   messages.
 // Thread-safety: OutputBILog may be called from any thread, and so may the other operations, which are meant
 //   for the host's start and end.
-// Lifetime: one instance, created on first use, destroyed when the process ends.
+// Lifetime: one instance, created on first use; it ends its upload timer when the process ends. Calls after
+//   that are harmless; what they record is lost.
 class DRIVELOG_API BILogger {
  public:
   static BILogger& GetInstance();
@@ -78,6 +79,8 @@ class DRIVELOG_API BILogger {
   void DeleteFromAllTables();
 
  private:
+  friend struct BILoggerEnd;  // runs when the process ends
+
   BILogger();
 
   std::unique_ptr<BILoggerTimer> m_timer;

@@ -2,8 +2,6 @@
 #pragma once
 
 #include <functional>
-#include <memory>
-#include <mutex>
 #include <string>
 
 #include "drivelog/Export.h"
@@ -28,11 +26,12 @@ class DRIVELOG_API CommLog {
   static CommLog& GetInstance();
 
   // Sends the messages to `function` from now on. An empty function sends them to the log files. A call of
-  // the previous function that is under way on another thread may still end after this returns.
+  // the previous function that is under way on another thread may still end after this returns. Never throws:
+  // without memory for the function the previous one stays, and is told.
   void SetLogFunc(LogFunc function);
 
-  // Reports one message. Never throws: what an installed function throws is swallowed, since there is
-  // nowhere left to report it.
+  // Reports one message; the texts are UTF-8. Never throws: what an installed function throws is swallowed,
+  // since there is nowhere left to report it. A message that the log files cannot take is lost.
   void PrintLog(int level, int line, const std::string& location, const std::string& message);
 
   CommLog(const CommLog&) = delete;

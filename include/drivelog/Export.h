@@ -1,4 +1,7 @@
 // Export.h - marks what the library shows to its host.
+//
+// DRIVELOG_BUILDING is defined while the library itself is compiled, DRIVELOG_STATIC by who links a static
+// build of it. Only Windows tells them apart.
 #pragma once
 
 #if defined(_WIN32)

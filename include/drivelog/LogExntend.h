@@ -16,6 +16,7 @@
 // Surprises: the first value that is set for a field wins. SetNum and SetOperateType set the same field.
 //            A few key texts differ from their setter's name; they belong to the server's vocabulary.
 // Thread-safety: that of a plain value.
+// Exceptions:    only for lack of memory.
 class DRIVELOG_API LogExntend {
  public:
   using Fields = std::map<std::wstring, std::wstring>;
@@ -28,6 +29,7 @@ class DRIVELOG_API LogExntend {
   // A copy of what was set.
   Fields GetExntend() const;
 
+  // Each stores one field, unless it is stored already. UTF-16 on Windows, UTF-32 elsewhere.
   void SetApiName(std::wstring value);
   void SetAssetId(std::wstring value);
   void SetBatchType(std::wstring value);

@@ -119,14 +119,13 @@ enum class OperationActionType : int {
 //   and delete what the server accepted. A record goes to the UBA table as well while the user is not logged
 //   in, and afterwards while the UBA switch is 1.
 // What is lost: everything that is queued or stored, for good, when the switch is turned off; the oldest
-// tenth
-//   of a table that reached the row cap; events of an unknown type; the last one to nine maps of a list. What
-//   is still queued when the process ends is saved then, if the switch is on.
+//   tenth of a table that reached the row cap; events of an unknown type; the last one to nine maps of a
+//   list. What is still queued when the process ends is saved then, if the switch is on.
 // Failures: no operation throws or reports a failure to its caller; CommLog has the messages.
 // Thread-safety: every operation may be called from any thread; the ones that start, stop and switch are
-// meant
-//   for the host's control thread.
-// Lifetime: one instance, created on first use, destroyed when the process ends.
+//   meant for the host's control thread.
+// Lifetime: one instance, created on first use; it saves its queue and ends its timers when the process
+//   ends. Calls after that are harmless; what they record is lost.
 class DRIVELOG_API OperationLogger {
  public:
   using Fields = std::map<std::wstring, std::wstring>;
@@ -170,6 +169,8 @@ class DRIVELOG_API OperationLogger {
   void DeleteOperationLogDB();
 
  private:
+  friend struct OperationLoggerEnd;  // runs when the process ends
+
   OperationLogger();
 
   std::unique_ptr<OperationLoggerTimer> m_operationTimer;

@@ -14,6 +14,7 @@
 #include "client/common/SharedGlobals.h"
 #include "client/log/TypeConvert.h"
 #include "collector/Cipher.h"
+#include "drivelog/CommLog.h"
 #include "drivelog/Events.h"
 #include "model/EventJson.h"
 #include "model/LogSettings.h"
@@ -75,6 +76,8 @@ UserLog MakeRecord(int number, const wchar_t* info, const wchar_t* extend) {
 
 void MakeVectors(const fs::path& folder) {
   using namespace Drive;
+  // The fake system's folders are no place for log files.
+  CommLog::GetInstance().SetLogFunc([](int, int, const std::string&, const std::string&) {});
   const Testing::ManualClock clock;  // the same times in every run
   const Testing::FakeSystem system;
   Platform::InstallSystem(&system);

@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -19,7 +20,7 @@ struct LogMessage {
   std::string text;
 
   friend bool operator==(const LogMessage& a, const LogMessage& b) {
-    return a.level == b.level && a.line == b.line && a.location == b.location && a.text == b.text;
+    return std::tie(a.level, a.line, a.location, a.text) == std::tie(b.level, b.line, b.location, b.text);
   }
 };
 
@@ -48,33 +49,27 @@ class CapturedLog {
 
   // Messages of exactly this text.
   std::size_t Count(const std::string& text) const {
-    const std::lock_guard<std::mutex> lock(m_list->mutex);
-    return static_cast<std::size_t>(std::count_if(m_list->messages.begin(), m_list->messages.end(),
-                                                  [&](const LogMessage& m) { return m.text == text; }));
+    std::size_t count = 0;
+    for (const LogMessage& message : All()) count += message.text == text ? 1 : 0;
+    return count;
   }
-
-  // Whether exactly this message came.
-  bool Has(const LogMessage& message) const {
-    const std::lock_guard<std::mutex> lock(m_list->mutex);
-    return std::count(m_list->messages.begin(), m_list->messages.end(), message) != 0;
+  bool Has(const LogMessage& expected) const {
+    const auto all = All();
+    return std::find(all.begin(), all.end(), expected) != all.end();
   }
-
-  // Messages of this level.
+  // Whether any message holds `part`.
+  bool Contains(const std::string& part) const {
+    bool isThere = false;
+    for (const LogMessage& message : All()) isThere |= message.text.find(part) != std::string::npos;
+    return isThere;
+  }
   std::vector<LogMessage> OfLevel(int level) const {
     std::vector<LogMessage> found;
-    for (LogMessage& message : All()) {
-      if (message.level == level) found.push_back(std::move(message));
+    for (const LogMessage& message : All()) {
+      if (message.level == level) found.push_back(message);
     }
     return found;
   }
-
-  // Whether any message holds `part`.
-  bool Contains(const std::string& part) const {
-    const std::lock_guard<std::mutex> lock(m_list->mutex);
-    return std::any_of(m_list->messages.begin(), m_list->messages.end(),
-                       [&](const LogMessage& m) { return m.text.find(part) != std::string::npos; });
-  }
-
   void Clear() {
     const std::lock_guard<std::mutex> lock(m_list->mutex);
     m_list->messages.clear();

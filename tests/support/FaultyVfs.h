@@ -3,13 +3,9 @@
 
 #include <sqlite3.h>
 
-#include <string>
-
 namespace Drive::Testing {
 
-// Stands before SQLite's default file system while it lives.
-//
-// Thread-safety: that of a plain value; one instance at a time.
+// Stands before SQLite's default file system while it lives. One instance at a time, used by one thread.
 class FaultyVfs {
  public:
   enum class Call { kNone, kOpen, kRead, kWrite, kSync, kLock };
@@ -19,27 +15,23 @@ class FaultyVfs {
   FaultyVfs(const FaultyVfs&) = delete;
   FaultyVfs& operator=(const FaultyVfs&) = delete;
 
-  // Lets the n-th such call from now (1: the next) return `code`, and all later ones as well if it is
-  // lasting.
-  enum class Duration { kOnce, kLasting };
-  void Fail(Call call, int n, int code, Duration duration);
-  void Heal() { Fail(Call::kNone, 0, SQLITE_OK, Duration::kOnce); }
+  // Lets the n-th such call from now (1: the next) return `code`, or all of them.
+  void FailOnce(Call call, int n, int code);
+  void FailAlways(Call call, int code);
+  void Heal() { m_call = Call::kNone; }
 
-  // Whether a call has failed since the last Fail.
-  bool HasFailed() const { return m_hasFailed; }
+  // Whether the fault of the last FailOnce has come.
+  bool HasFailed() const { return m_call == Call::kNone; }
 
-  // For the file operations: the code that this call is to return, SQLITE_OK when it is to work.
+  // For the file operations: what this call is to return.
   int CodeFor(Call call);
-  sqlite3_vfs* Real() const { return m_real; }
 
  private:
-  sqlite3_vfs* m_real;
   sqlite3_vfs m_vfs;
   Call m_call = Call::kNone;
   int m_left = 0;
   int m_code = SQLITE_OK;
-  Duration m_duration = Duration::kOnce;
-  bool m_hasFailed = false;
+  bool m_isLasting = false;
 };
 
 }  // namespace Drive::Testing

@@ -4,12 +4,14 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <ctime>
+#include <future>
 #include <list>
+#include <map>
 #include <mutex>
 #include <set>
 #include <stdexcept>
 #include <thread>
-#include <vector>
 
 namespace Drive::Testing {
 
@@ -25,11 +27,14 @@ struct Waiter {
   milliseconds deadline;
   const Platform::WakeSignal* wake;
   std::atomic<bool> isDue{false};
-  bool isBeingPoked = false;  // the thread must not leave yet: its signal is in use
 
   // Neither woken by the time nor by its signal.
   bool IsWaiting() const { return !isDue && !wake->IsRaised(); }
 };
+
+bool IsReady(const std::future<void>& future) {
+  return future.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+}
 
 }  // namespace
 
@@ -38,60 +43,53 @@ struct ManualClock::State {
   mutable std::condition_variable changed;
   milliseconds now{0};  // since the start
   std::list<Waiter> waiters;
-  std::set<std::thread::id> awake;  // woken by the time, and neither waiting again nor ended
+  std::set<std::thread::id> awake;  // woken by the time, and neither waiting again nor known to have ended
+  std::map<std::thread::id, std::future<void>> ends;  // of every thread that has waited; ready when it ends
 
   void WaitUntil(std::unique_lock<std::mutex>& lock, const char* subject,
                  const std::function<bool()>& condition) const {
-    if (!changed.wait_for(lock, kRealTimeLimit, condition)) {
-      throw std::runtime_error(std::string("ManualClock: 30 s passed before ") + subject);
-    }
-  }
-
-  void MarkEnded(std::thread::id thread) {
-    const std::lock_guard<std::mutex> lock(mutex);
-    awake.erase(thread);
-    changed.notify_all();
-  }
-
-  std::vector<Waiter*> TakeDue() {
-    std::vector<Waiter*> due;
-    for (Waiter& waiter : waiters) {
-      if (waiter.deadline <= now && waiter.IsWaiting()) {
-        waiter.isDue = true;
-        waiter.isBeingPoked = true;
-        awake.insert(waiter.thread);
-        due.push_back(&waiter);
+    const auto limit = std::chrono::steady_clock::now() + kRealTimeLimit;
+    while (!condition()) {
+      if (std::chrono::steady_clock::now() >= limit) {
+        throw std::runtime_error(std::string("ManualClock: 30 s passed before ") + subject);
       }
+      changed.wait_for(lock, milliseconds(1));  // the end of a thread notifies nobody
     }
-    return due;
   }
 
-  // The next moment at which something is to happen.
-  milliseconds NextStop(milliseconds target) const {
-    milliseconds next = target;
+  // Remembers the calling thread, to be told of its end.
+  void Follow(std::thread::id thread) {
+    std::future<void>& end = ends[thread];
+    if (!end.valid() || IsReady(end)) {  // the number may have been another thread's
+      std::promise<void> promise;
+      end = promise.get_future();
+      promise.set_value_at_thread_exit();
+    }
+  }
+
+  bool IsEverybodyAtRest() {
+    for (auto thread = awake.begin(); thread != awake.end();) {
+      thread = IsReady(ends[*thread]) ? awake.erase(thread) : std::next(thread);
+    }
+    return awake.empty();
+  }
+
+  // Goes to the next moment at which something is to happen, and wakes the threads that waited for it. Their
+  // signals live: no waiter leaves while the mutex is held.
+  void GoOn(milliseconds target) {
+    now = target;
     for (const Waiter& waiter : waiters) {
-      if (waiter.IsWaiting()) {
-        next = std::min(next, waiter.deadline);
+      if (waiter.IsWaiting()) now = std::min(now, waiter.deadline);
+    }
+    for (Waiter& waiter : waiters) {
+      if (waiter.IsWaiting() && waiter.deadline <= now) {
+        waiter.isDue = true;
+        awake.insert(waiter.thread);
+        waiter.wake->Poke();
       }
     }
-    return next;
   }
 };
-
-namespace {
-
-// Tells the clock on which a thread waited last that the thread has ended.
-template <typename State>
-struct ThreadEndGuard {
-  ~ThreadEndGuard() {
-    if (state != nullptr) {
-      state->MarkEnded(std::this_thread::get_id());
-    }
-  }
-  std::shared_ptr<State> state;
-};
-
-}  // namespace
 
 ManualClock::ManualClock() : m_state(std::make_shared<State>()) { Platform::InstallClock(this); }
 
@@ -103,50 +101,32 @@ std::int64_t ManualClock::NowMilliseconds() const {
 }
 
 Platform::LocalTime ManualClock::NowLocal() const {
-  constexpr std::int64_t kMillisecondsInDay = 24 * 60 * 60 * 1000;
-  const std::int64_t now = NowMilliseconds();
-  const std::int64_t inDay = now % kMillisecondsInDay;
-  Platform::LocalTime local;
-  // Days to civil date, by eras of 400 years that begin on 1 March.
-  const std::int64_t days = now / kMillisecondsInDay + 719468;
-  const std::int64_t era = days / 146097;
-  const std::int64_t dayOfEra = days % 146097;
-  const std::int64_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-  const std::int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-  const std::int64_t monthFromMarch = (5 * dayOfYear + 2) / 153;
-  local.day = static_cast<int>(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1);
-  local.month = static_cast<int>(monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9);
-  local.year = static_cast<int>(yearOfEra + era * 400 + (local.month <= 2 ? 1 : 0));
-  local.hour = static_cast<int>(inDay / 3'600'000);
-  local.minute = static_cast<int>(inDay / 60'000 % 60);
-  local.second = static_cast<int>(inDay / 1000 % 60);
-  local.millisecond = static_cast<int>(inDay % 1000);
-  return local;
+  const std::lock_guard<std::mutex> lock(m_state->mutex);  // guards what gmtime returns as well
+  const std::int64_t now = kStartMilliseconds + m_state->now.count();
+  const auto seconds = static_cast<std::time_t>(now / 1000);
+  const std::tm& utc = *std::gmtime(&seconds);
+  return {utc.tm_year + 1900,          utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec,
+          static_cast<int>(now % 1000)};
 }
 
 bool ManualClock::WaitFor(milliseconds duration, const Platform::WakeSignal& wake) {
   if (duration <= milliseconds::zero()) {
     return wake.IsRaised();
   }
-  thread_local ThreadEndGuard<State> guard;
-  guard.state = m_state;
-
-  State& state = *m_state;
-  const auto thread = std::this_thread::get_id();
-  std::list<Waiter>::iterator self;
-  {
-    const std::lock_guard<std::mutex> lock(state.mutex);
-    self = state.waiters.emplace(state.waiters.end());
-    self->thread = thread;
-    self->deadline = state.now + std::min(duration, milliseconds(std::chrono::hours(24 * 365)));
-    self->wake = &wake;
-    state.awake.erase(thread);
-    state.changed.notify_all();
-  }
-  const bool isRaised = wake.WaitUntil([self] { return self->isDue.load(); });
-
+  const std::shared_ptr<State> shared = m_state;  // this clock may be gone when a stopped thread comes back
+  State& state = *shared;
   std::unique_lock<std::mutex> lock(state.mutex);
-  state.changed.wait(lock, [self] { return !self->isBeingPoked; });
+  const auto thread = std::this_thread::get_id();
+  state.Follow(thread);
+  const auto self = state.waiters.emplace(state.waiters.end());
+  self->thread = thread;
+  self->deadline = state.now + std::min(duration, milliseconds(std::chrono::hours(24 * 365)));
+  self->wake = &wake;
+  state.awake.erase(thread);
+  state.changed.notify_all();
+  lock.unlock();
+  const bool isRaised = wake.WaitUntil([self] { return self->isDue.load(); });
+  lock.lock();
   state.waiters.erase(self);
   return isRaised;
 }
@@ -155,21 +135,11 @@ void ManualClock::Advance(milliseconds duration) {
   State& state = *m_state;
   std::unique_lock<std::mutex> lock(state.mutex);
   const milliseconds target = state.now + duration;
-  for (bool isThere = false; !isThere;) {
-    state.now = state.NextStop(target);
-    isThere = state.now == target;
-    const std::vector<Waiter*> due = state.TakeDue();
-    lock.unlock();
-    for (const Waiter* waiter : due) {
-      waiter->wake->Poke();
-    }
-    lock.lock();
-    for (Waiter* waiter : due) {
-      waiter->isBeingPoked = false;
-    }
-    state.changed.notify_all();
-    state.WaitUntil(lock, "every woken thread waited again or ended", [&] { return state.awake.empty(); });
-  }
+  do {
+    state.GoOn(target);
+    state.WaitUntil(lock, "every woken thread waited again or ended",
+                    [&] { return state.IsEverybodyAtRest(); });
+  } while (state.now < target);
 }
 
 void ManualClock::WaitForWaiters(std::size_t count) const {

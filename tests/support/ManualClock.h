@@ -13,7 +13,7 @@ namespace Drive::Testing {
 // as well.
 //
 // Thread-safety: threads under test call the Clock's operations; the test's own thread calls the others.
-// Lifetime:      every thread that waits on it must have ended before it is destroyed.
+// Lifetime:      every thread that waits on it must have been woken for good before it is destroyed.
 class ManualClock final : public Platform::Clock {
  public:
   ManualClock();
@@ -36,7 +36,7 @@ class ManualClock final : public Platform::Clock {
 
  private:
   struct State;
-  std::shared_ptr<State> m_state;  // shared with the guards that tell the end of a thread
+  const std::shared_ptr<State> m_state;  // shared with the threads that wait
 };
 
 }  // namespace Drive::Testing

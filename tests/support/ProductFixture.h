@@ -39,13 +39,16 @@ class ProductFixture : public testing::Test {
     std::ofstream(settings / "SyncSetting.ini")
         << "[Server]\nBaseUri=" << m_collector.Url() << "\nUbaUri=" << m_collector.Url()
         << "\nMacAddressEncrypt=device-1\n";
-    Configure(Settings());
+    auto& logger = Bilog::BILogger::GetInstance();
+    EXPECT_TRUE(logger.InitDataBase(L"user-1"));
+    g_certPath = std::filesystem::u8path(m_collector.CaPath()).wstring();
+    g_deviceId = L"device-1";
+    logger.SetBiUbaDataPara(Settings());
   }
   ~ProductFixture() override {
     g_isOffLine = false;
     g_deviceId = L"";
-    auto& database = Bilog::BiDataBase::GetInstance();
-    database = Bilog::BiDataBase();
+    Bilog::BiDataBase::GetInstance() = Bilog::BiDataBase();
     Platform::InstallSystem(nullptr);
     Bilog::LogSettings::GetInstance().Reset();
   }
@@ -60,13 +63,6 @@ class ProductFixture : public testing::Test {
     data.countryCode = "CN";
     return data;
   }
-  void Configure(const Bilog::BiUbaDataType& data) {
-    auto& logger = Bilog::BILogger::GetInstance();
-    ASSERT_TRUE(logger.InitDataBase(L"user-1"));
-    g_certPath = std::filesystem::u8path(m_collector.CaPath()).wstring();
-    g_deviceId = L"device-1";
-    logger.SetBiUbaDataPara(data);
-  }
 
   // Rows of a channel that wait in the database.
   static std::size_t Stored(Channel channel) {
@@ -78,6 +74,15 @@ class ProductFixture : public testing::Test {
   // Records that the collector has accepted.
   std::int64_t Accepted(Channel channel) const { return m_collector.Counts(channel).stored.records; }
   std::int64_t Attempts(Channel channel) const { return m_collector.Counts(channel).attempts; }
+
+  // Has the collector answer the next `count` requests so.
+  void InjectAnswer(int status, int count, const std::string& body = {}) {
+    Collection::Fault fault;
+    fault.status = status;
+    fault.count = count;
+    fault.body = body;
+    m_collector.InjectFault(fault);
+  }
 
   // Messages that begin with `text`.
   std::size_t CountBeginning(const std::string& text) const {

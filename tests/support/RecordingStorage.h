@@ -2,9 +2,8 @@
 #pragma once
 
 #include <algorithm>
-#include <deque>
+#include <functional>
 #include <mutex>
-#include <string>
 #include <vector>
 
 #include "drivelog/BiDataBase.h"
@@ -16,15 +15,11 @@ namespace Drive::Testing {
 // Thread-safety: the operations may be called from any thread.
 class RecordingStorage {
  public:
-  struct Insert {
-    std::vector<Bilog::UserLog> records;
-    bool uba;
-  };
+  using Records = std::vector<Bilog::UserLog>;
 
   RecordingStorage() {
     auto& database = Bilog::BiDataBase::GetInstance();
-    database.setInsertUserLogBatchCallbackFunc(
-        [this](std::vector<Bilog::UserLog>& batch, bool uba) { OnInsert(batch, uba); });
+    database.setInsertUserLogBatchCallbackFunc([this](Records& batch, bool uba) { OnInsert(batch, uba); });
     database.setDeleteUserLogWithIdCallbackFunc([this](int first, int last, int maintenance, bool uba) {
       Erase(uba, [=](const Bilog::UserLog& row) {
         return row.get_IsMaintenanceLog() == maintenance && row.get_Id() >= first && row.get_Id() <= last;
@@ -33,65 +28,48 @@ class RecordingStorage {
     database.setDeleteAllOperationLogUserLogCallbackFunc([this](bool uba, int maintenance) {
       Erase(uba, [=](const Bilog::UserLog& row) { return row.get_IsMaintenanceLog() == maintenance; });
     });
-    database.setGetUserLogListCallbackFunc(
-        [this](int count, int maintenance, bool uba) { return OnRead(count, maintenance, uba); });
+    database.setGetUserLogListCallbackFunc([this](int count, int maintenance, bool uba) {
+      Records result;
+      for (Bilog::UserLog& row : Rows(uba)) {
+        if (static_cast<int>(result.size()) < count && row.get_IsMaintenanceLog() == maintenance) {
+          result.push_back(std::move(row));
+        }
+      }
+      return result;
+    });
   }
   ~RecordingStorage() {
     auto& database = Bilog::BiDataBase::GetInstance();
-    database.setInsertUserLogBatchCallbackFunc({});
-    database.setDeleteUserLogWithIdCallbackFunc({});
-    database.setDeleteAllOperationLogUserLogCallbackFunc({});
-    database.setGetUserLogListCallbackFunc({});
+    database = Bilog::BiDataBase();
   }
   RecordingStorage(const RecordingStorage&) = delete;
   RecordingStorage& operator=(const RecordingStorage&) = delete;
 
-  // The insert calls so far.
-  std::vector<Insert> Inserts() const {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_inserts;
-  }
+  // Records of each insert call so far.
   std::vector<std::size_t> InsertSizes(bool uba) const {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    std::vector<std::size_t> sizes;
-    for (const Insert& insert : m_inserts) {
-      if (insert.uba == uba) {
-        sizes.push_back(insert.records.size());
-      }
-    }
-    return sizes;
+    return m_insertSizes[uba];
   }
   // What is stored now.
-  std::vector<Bilog::UserLog> Rows(bool uba) const {
+  Records Rows(bool uba) const {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return {m_rows[uba].begin(), m_rows[uba].end()};
+    return m_rows[uba];
   }
 
   // Called at the beginning of each insert, on its thread, under no lock.
   std::function<void()> beforeInsert;
 
  private:
-  void OnInsert(const std::vector<Bilog::UserLog>& batch, bool uba) {
+  void OnInsert(const Records& batch, bool uba) {
     if (beforeInsert) {
       beforeInsert();
     }
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_inserts.push_back({batch, uba});
+    m_insertSizes[uba].push_back(batch.size());
     for (const Bilog::UserLog& record : batch) {
       m_rows[uba].push_back(record);
       m_rows[uba].back().set_Id(++m_lastId[uba]);
     }
-  }
-
-  std::vector<Bilog::UserLog> OnRead(int count, int maintenance, bool uba) const {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    std::vector<Bilog::UserLog> result;
-    for (const Bilog::UserLog& row : m_rows[uba]) {
-      if (static_cast<int>(result.size()) < count && row.get_IsMaintenanceLog() == maintenance) {
-        result.push_back(row);
-      }
-    }
-    return result;
   }
 
   template <typename Predicate>
@@ -101,9 +79,10 @@ class RecordingStorage {
     rows.erase(std::remove_if(rows.begin(), rows.end(), predicate), rows.end());
   }
 
+  // By table: other, UBA.
   mutable std::mutex m_mutex;  // guards what follows
-  std::vector<Insert> m_inserts;
-  std::deque<Bilog::UserLog> m_rows[2];  // by table: other, UBA
+  std::vector<std::size_t> m_insertSizes[2];
+  Records m_rows[2];
   int m_lastId[2] = {0, 0};
 };
 

@@ -30,7 +30,7 @@ class TempFolder {
   // Of a file in the folder; its name is UTF-8.
   std::wstring Wide(const std::string& name) const { return TypeConvert::UTF8ToUnicode(Narrow(name)); }
   std::string Narrow(const std::string& name) const {
-    return (m_path / std::filesystem::u8path(name)).u8string();
+    return (m_path / std::filesystem::u8path(name)).make_preferred().u8string();
   }
 
  private:

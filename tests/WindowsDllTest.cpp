@@ -1,0 +1,52 @@
+// WindowsDllTest.cpp - the DLL in a host's process: its end, and its unloading.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <chrono>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "platform/System.h"
+#include "tests/LogDbFixture.h"
+#include "tests/support/TempFolder.h"
+
+namespace Drive::Testing {
+namespace {
+
+// The folder of the user's database; the DLL in another process cannot be given a folder of the test's.
+std::filesystem::path FolderOf(const std::wstring& fileName) {
+  const std::filesystem::path roaming = Platform::RealSystem().RoamingAppDataFolder();
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(roaming / "TalvikCloud")) {
+    if (entry.path().filename() == fileName) return entry.path().parent_path();
+  }
+  return {};
+}
+
+TEST(DllTest, SavesEveryQueuedRecordAndEndsWithinTwoSeconds) {
+  constexpr int kRuns = 50;
+  const TempFolder folder;
+  const std::string moment = folder.Narrow("moment");
+  for (int run = 0; run < kRuns; ++run) {
+    const std::string command = DLL_HOST " " + std::to_string(run) + " " + moment;
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+    const std::chrono::nanoseconds ended(std::chrono::steady_clock::now().time_since_epoch());
+    std::int64_t returned = 0;
+    std::ifstream(moment) >> returned;
+    EXPECT_LT(ended - std::chrono::nanoseconds(returned), std::chrono::seconds(2)) << command;
+
+    const std::wstring fileName = std::to_wstring(run) + L"-\u7528\u6237\U0001F600LogDB";
+    const std::filesystem::path database = FolderOf(fileName);
+    ASSERT_FALSE(database.empty()) << command;
+    EXPECT_EQ(OtherConnection((database / fileName).u8string()).Run("SELECT count(*) FROM T_UserLog"), "1000")
+        << command;
+    std::filesystem::remove_all(database);
+  }
+}
+
+TEST(DllTest, StaysLoadedWhileItsThreadsRun) { EXPECT_EQ(std::system(DLL_UNLOAD), 0); }
+
+}  // namespace
+}  // namespace Drive::Testing

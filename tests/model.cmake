@@ -1,1 +1,0 @@
-drivelog_test(model_tests SOURCES ModelRecordTest.cpp ModelSettingsTest.cpp USES drivelog_model)
