@@ -42,11 +42,13 @@ launcher=()
 cmake --preset release "${launcher[@]}" >/dev/null
 cmake --build --preset release --target drivelog-collector sync_folder
 client=(build/release/examples/sync_folder)
+client_folder=$folder
 if [ "$windows" = yes ]; then
   scripts/setup.sh windows
   cmake --preset windows "${launcher[@]}" >/dev/null
   cmake --build --preset windows --target sync_folder
   client=(scripts/with-wine.sh wine64 build/windows/bin/sync_folder.exe)
+  client_folder=Z:$folder
 fi
 began=$SECONDS
 
@@ -85,7 +87,7 @@ mkdir -p "$work/home"
 # Its own home, so that neither this account's settings nor its records are touched.
 env HOME="$work/home" XDG_CONFIG_HOME="$work/home/config" XDG_DATA_HOME="$work/home/data" \
   XDG_RUNTIME_DIR="$work/home" no_proxy='*' NO_PROXY='*' \
-  "${client[@]}" "$folder" --collector-ready "$work/ready.json" --limit "$limit" | tr -d '\r' |
+  "${client[@]}" "$client_folder" --collector-ready "$work/ready.json" --limit "$limit" | tr -d '\r' |
   tee "$work/client.log" || echo "demo: the client ended with an error" >&2
 
 echo "== one record of each channel, as the collector read it"

@@ -218,9 +218,11 @@ TEST_F(CollectorServerTest, KeepsItsKeysAndRequestsOverARestart) {
   EXPECT_EQ(ca, ReadFile(Service().CaPath()));
   EXPECT_EQ(200, Post(request));
   EXPECT_EQ(1, Stored(Channel::kOperation).replays);
-  EXPECT_EQ(std::filesystem::perms::none,
-            std::filesystem::status(m_folder.Path() / kRsaKeyFile).permissions() &
-                (std::filesystem::perms::group_all | std::filesystem::perms::others_all));
+  if (std::filesystem::path::preferred_separator == '/') {  // Windows lets the folder's access list decide
+    EXPECT_EQ(std::filesystem::perms::none,
+              std::filesystem::status(m_folder.Path() / kRsaKeyFile).permissions() &
+                  (std::filesystem::perms::group_all | std::filesystem::perms::others_all));
+  }
 }
 
 }  // namespace

@@ -32,6 +32,7 @@ TEST(ManualClockTest, RunsEveryDeadlineInOrderBeforeAdvanceReturns) {
                            // Advance returns behind the end of a thread that waits no more.
                            std::thread([&] {
                              CurrentClock().WaitFor(4000ms, stop);
+                             const std::lock_guard<std::mutex> lock(mutex);
                              notes.push_back("end");
                            })};
   clock.WaitForWaiters(3);

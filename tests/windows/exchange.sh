@@ -20,14 +20,14 @@ timeout 10 bash -c "until [ -s '$work/ready.json' ]; do sleep 0.1; done"
 jq '.url = "https://127.0.0.1:1"' "$work/ready.json" >"$work/away.json"
 
 data=$(echo "$WINEPREFIX"/drive_c/users/*/AppData/Roaming)
-on_windows() { env HOME="$work" wine64 "$windows/bin/sync_folder.exe" "$@"; }
+on_windows() { env HOME="$work" wine64 "$windows/bin/sync_folder.exe" "Z:$work/folder" "$@"; }
 on_linux() {
-  env HOME="$work" XDG_CONFIG_HOME="$data" XDG_DATA_HOME="$work/data" "$linux/examples/sync_folder" "$@"
+  env HOME="$work" XDG_CONFIG_HOME="$data" XDG_DATA_HOME="$work/data" "$linux/examples/sync_folder" "$work/folder" "$@"
 }
 mkdir "$work/folder"
 touch "$work/folder"/{report.docx,naïve.txt,図.png}
 record() { # CLIENT READY_FILE
-  "$1" "$work/folder" --collector-ready "$2" --deadline "${3:-1}" 2>>"$work/client.log" | tr -d '\r' |
+  "$1" --collector-ready "$2" --deadline "${3:-1}" 2>>"$work/client.log" | tr -d '\r' |
     tee -a "$work/output"
 }
 record on_windows "$work/away.json" || true
