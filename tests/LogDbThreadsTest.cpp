@@ -1,6 +1,7 @@
 // LogDbThreadsTest.cpp - the database used from several threads, and at the end of the process.
 #include <chrono>
 #include <cstdlib>
+#include <optional>
 #include <thread>
 
 #include "platform/ProcessEnd.h"

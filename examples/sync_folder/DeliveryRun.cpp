@@ -21,9 +21,11 @@ std::string Describe(const ChannelCounts& counts) {
          std::to_string(counts.uba);
 }
 
-bool AllIsStored(const RecordedCounts& recorded, const ChannelCounts& stored) {
-  return stored.maintenance >= recorded.maintenance && stored.operation >= recorded.operation &&
-         stored.uba >= recorded.operation;
+// Whether the counts hold everything that was recorded. An empty database does not say so: records that it
+// could not take wait in the library's memory.
+bool Holds(const ChannelCounts& counts, const RecordedCounts& recorded) {
+  return counts.maintenance >= recorded.maintenance && counts.operation >= recorded.operation &&
+         counts.uba >= recorded.operation;
 }
 
 // Whether what is still queued and what is stored fit into one batch of each channel, so that no timer would
@@ -65,7 +67,7 @@ bool WaitUntilDelivered(Product& product, const EventRecorder& recorder, const D
   while (SteadyClock::now() < end && !interrupted()) {
     progress.Show(recorder, observer);
     const ChannelCounts left = observer.Left(1);
-    if (AllIsStored(recorder.Recorded(), observer.Stored()) &&
+    if (Holds(observer.Delivered(), recorder.Recorded()) &&
         left.maintenance + left.operation + left.uba == 0) {
       return true;
     }

@@ -14,8 +14,8 @@ class FakeSystem : public Platform::System {
   std::optional<Platform::OsVersion> version = Platform::OsVersion{2, 10, 0, 22631, 0, true};
   std::uint32_t architecture = Platform::kArchitectureX64;
   bool serverR2 = false;
-  std::wstring roaming = L"roaming";
-  std::wstring local = L"local";
+  std::wstring roaming = TemporaryFolder();
+  std::wstring local = TemporaryFolder();
   std::wstring programFiles = L"programs";
   std::string model = "Test Machine";
 
@@ -31,6 +31,10 @@ class FakeSystem : public Platform::System {
     return Platform::RealSystem().CreateDirectoryLevels(path);
   }
   std::string DeviceModel() const override { return model; }
+
+ private:
+  // Never a folder of the tree that the tests are run in.
+  static std::wstring TemporaryFolder() { return std::filesystem::temp_directory_path().wstring(); }
 };
 
 }  // namespace Drive::Testing

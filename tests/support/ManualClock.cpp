@@ -45,6 +45,7 @@ struct ManualClock::State {
   std::list<Waiter> waiters;
   std::set<std::thread::id> awake;  // woken by the time, and neither waiting again nor known to have ended
   std::map<std::thread::id, std::future<void>> ends;  // of every thread that has waited; ready when it ends
+  std::list<std::future<void>> pastEnds;              // of threads whose number came back
 
   void WaitUntil(std::unique_lock<std::mutex>& lock, const char* subject,
                  const std::function<bool()>& condition) const {
@@ -62,6 +63,7 @@ struct ManualClock::State {
     std::future<void>& end = ends[thread];
     if (!end.valid() || IsReady(end)) {  // the number may have been another thread's
       std::promise<void> promise;
+      pastEnds.push_back(std::move(end));
       end = promise.get_future();
       promise.set_value_at_thread_exit();
     }
@@ -91,18 +93,23 @@ struct ManualClock::State {
   }
 };
 
-ManualClock::ManualClock() : m_state(std::make_shared<State>()) { Platform::InstallClock(this); }
+ManualClock::State& ManualClock::NewState() {
+  static auto& states = *new std::list<State>;
+  return states.emplace_back();
+}
+
+ManualClock::ManualClock() : m_state(NewState()) { Platform::InstallClock(this); }
 
 ManualClock::~ManualClock() { Platform::InstallClock(nullptr); }
 
 std::int64_t ManualClock::NowMilliseconds() const {
-  const std::lock_guard<std::mutex> lock(m_state->mutex);
-  return kStartMilliseconds + m_state->now.count();
+  const std::lock_guard<std::mutex> lock(m_state.mutex);
+  return kStartMilliseconds + m_state.now.count();
 }
 
 Platform::LocalTime ManualClock::NowLocal() const {
-  const std::lock_guard<std::mutex> lock(m_state->mutex);  // guards what gmtime returns as well
-  const std::int64_t now = kStartMilliseconds + m_state->now.count();
+  const std::lock_guard<std::mutex> lock(m_state.mutex);  // guards what gmtime returns as well
+  const std::int64_t now = kStartMilliseconds + m_state.now.count();
   const auto seconds = static_cast<std::time_t>(now / 1000);
   const std::tm& utc = *std::gmtime(&seconds);
   return {utc.tm_year + 1900,          utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec,
@@ -113,8 +120,7 @@ bool ManualClock::WaitFor(milliseconds duration, const Platform::WakeSignal& wak
   if (duration <= milliseconds::zero()) {
     return wake.IsRaised();
   }
-  const std::shared_ptr<State> shared = m_state;  // this clock may be gone when a stopped thread comes back
-  State& state = *shared;
+  State& state = m_state;
   std::unique_lock<std::mutex> lock(state.mutex);
   const auto thread = std::this_thread::get_id();
   state.Follow(thread);
@@ -132,7 +138,7 @@ bool ManualClock::WaitFor(milliseconds duration, const Platform::WakeSignal& wak
 }
 
 void ManualClock::Advance(milliseconds duration) {
-  State& state = *m_state;
+  State& state = m_state;
   std::unique_lock<std::mutex> lock(state.mutex);
   const milliseconds target = state.now + duration;
   do {
@@ -143,7 +149,7 @@ void ManualClock::Advance(milliseconds duration) {
 }
 
 void ManualClock::WaitForWaiters(std::size_t count) const {
-  const State& state = *m_state;
+  const State& state = m_state;
   std::unique_lock<std::mutex> lock(state.mutex);
   state.WaitUntil(lock, "enough threads waited", [&] {
     const auto isWaiting = [](const Waiter& waiter) { return waiter.IsWaiting(); };

@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <memory>
 
 #include "platform/Clock.h"
 
@@ -36,7 +35,9 @@ class ManualClock final : public Platform::Clock {
 
  private:
   struct State;
-  const std::shared_ptr<State> m_state;  // shared with the threads that wait
+  static State& NewState();
+
+  State& m_state;  // never destroyed: a stopped thread may come back after the clock is gone
 };
 
 }  // namespace Drive::Testing
