@@ -1,6 +1,5 @@
 // WindowsDllTest.cpp - the DLL in a host's process: its end, and its unloading.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <chrono>
 #include <cstdint>
@@ -35,28 +34,25 @@ void RunHost(int number, const std::string& momentFile, const std::string& mode)
   EXPECT_LT(ended - std::chrono::nanoseconds(returned), std::chrono::seconds(2)) << command;
 }
 
-std::wstring FileNameOf(int number) { return std::to_wstring(number) + L"-\u7528\u6237\U0001F600LogDB"; }
-
-TEST(DllTest, SavesEveryQueuedRecordAndEndsWithinTwoSeconds) {
+// Runs it again and again; `sql` asks the database that each run leaves.
+void RunHosts(int runs, const char* mode, const char* sql, const char* answer) {
   const TempFolder folder;
-  for (int run = 0; run < 50; ++run) {
-    ASSERT_NO_FATAL_FAILURE(RunHost(run, folder.Narrow("moment"), "queued"));
-    const std::filesystem::path database = FolderOf(FileNameOf(run));
+  for (int run = 0; run < runs; ++run) {
+    ASSERT_NO_FATAL_FAILURE(RunHost(run, folder.Narrow("moment"), mode));
+    const std::wstring fileName = std::to_wstring(run) + L"-\u7528\u6237\U0001F600LogDB";
+    const std::filesystem::path database = FolderOf(fileName);
     ASSERT_FALSE(database.empty()) << run;
-    EXPECT_EQ(OtherConnection((database / FileNameOf(run)).u8string()).Run("SELECT count(*) FROM T_UserLog"),
-              "1000");
+    EXPECT_EQ(OtherConnection((database / fileName).u8string()).Run(sql), answer) << run;
     std::filesystem::remove_all(database);
   }
 }
 
+TEST(DllTest, SavesEveryQueuedRecordAndEndsWithinTwoSeconds) {
+  RunHosts(50, "queued", "SELECT count(*) FROM T_UserLog", "1000");
+}
+
 TEST(DllTest, EndsInGoodOrderWhateverItsThreadsHaveLocked) {
-  const TempFolder folder;
-  for (int run = 0; run < 30; ++run) {
-    ASSERT_NO_FATAL_FAILURE(RunHost(run, folder.Narrow("moment"), "busy"));
-    const std::filesystem::path database = FolderOf(FileNameOf(run));
-    EXPECT_EQ(OtherConnection((database / FileNameOf(run)).u8string()).Run("PRAGMA integrity_check"), "ok");
-    std::filesystem::remove_all(database);
-  }
+  RunHosts(30, "busy", "PRAGMA integrity_check", "ok");
 }
 
 TEST(DllTest, StaysLoadedWhileItsThreadsRun) { EXPECT_EQ(std::system(DLL_UNLOAD), 0); }

@@ -6,8 +6,8 @@
 
 namespace Drive {
 
-// Locks the mutex of a shared value. At the end of the process it may not be to be had: a thread that the
-// system has ended may hold it for ever.
+// Locks the mutex of a shared value. Once the process ends this can fail, since a thread that the system has
+// ended may hold it for ever: look at owns_lock().
 std::unique_lock<std::mutex> LockSharedValue(std::mutex& mutex);
 
 // Holds one value; copies go in and out under a lock.
@@ -23,10 +23,10 @@ class SharedValue {
   SharedValue(const SharedValue&) = delete;
   SharedValue& operator=(const SharedValue&) = delete;
 
-  // A default value until the first Set, or when the lock is not to be had.
+  // A default value until the first Set, or when the lock cannot be taken at the end of the process.
   T Get() const {
     const auto lock = LockSharedValue(m_mutex);
-    return m_value == nullptr || !lock.owns_lock() ? T{} : *m_value;
+    return !lock.owns_lock() || m_value == nullptr ? T{} : *m_value;
   }
 
   void Set(T value) {

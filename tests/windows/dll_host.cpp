@@ -18,18 +18,20 @@
 namespace {
 
 using Drive::Bilog::BILogger;
-using namespace Drive::OperateLog;
+using Drive::OperateLog::OperationLogger;
+
+void RecordOperation() {
+  OperationLogger::GetInstance().OutputOperationLog(
+      Drive::OperateLog::OperationBasicEventType::kDriveActionNewFile,
+      Drive::OperateLog::OperationType::kNone, Drive::OperateLog::OperationActionType::kBasicOperation);
+}
 
 void UseForEver() {
-  Drive::Bilog::BiUbaDataType data;
-  data.userId = L"user";
   for (;;) {
-    BILogger::GetInstance().SetBiUbaDataPara(data);
+    BILogger::GetInstance().SetBiUbaDataPara({});
     for (int i = 0; i < 20; ++i) {
       BILogger::GetInstance().OutputBILog(16001, L"info", L"extend");
-      OperationLogger::GetInstance().OutputOperationLog(OperationBasicEventType::kDriveActionNewFile,
-                                                        OperationType::kNone,
-                                                        OperationActionType::kBasicOperation);
+      RecordOperation();
     }
     BILogger::GetInstance().StartBILoggerTask();  // a worker that stores at once
     BILogger::GetInstance().ClearDataBase();
@@ -40,22 +42,17 @@ void UseForEver() {
 
 int main(int argc, char** argv) {
   if (argc != 4) return 2;
-
   CommLog::GetInstance().SetLogFunc([](int, int, const std::string&, const std::string&) {});
-  const std::wstring user = std::to_wstring(std::atoi(argv[1])) + L"-\u7528\u6237\U0001F600";
-  if (!BILogger::GetInstance().InitDataBase(user)) return 3;
+  const int number = std::atoi(argv[1]);
+  if (!BILogger::GetInstance().InitDataBase(std::to_wstring(number) + L"-\u7528\u6237\U0001F600")) return 3;
   BILogger::GetInstance().StartBILoggerTask();
   BILogger::GetInstance().StartBILogRptTask();
   OperationLogger::GetInstance().StartLoggerTask();
   OperationLogger::GetInstance().StartLogRptTask();
-  for (int i = 0; i < 1000; ++i) {
-    OperationLogger::GetInstance().OutputOperationLog(OperationBasicEventType::kDriveActionNewFile,
-                                                      OperationType::kNone,
-                                                      OperationActionType::kBasicOperation);
-  }
+  for (int i = 0; i < 1000; ++i) RecordOperation();
   if (std::string(argv[3]) == "busy") {
     for (int i = 0; i < 4; ++i) std::thread(UseForEver).detach();
-    std::this_thread::sleep_for(std::chrono::milliseconds(std::atoi(argv[1])));
+    std::this_thread::sleep_for(std::chrono::milliseconds(number));
   }
   std::ofstream(argv[2])
       << std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();

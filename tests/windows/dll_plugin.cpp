@@ -6,6 +6,5 @@ extern "C" __declspec(dllexport) void StartLogging() {
   for (int i = 0; i < 500; ++i) {
     logger.OutputBILog(16001, L"info", L"extend");
   }
-  logger.StartBILoggerTask();
-  logger.StartBILogRptTask();
+  logger.StartBILoggerTask();  // and no upload: OpenSSL, once it is in use, keeps its library loaded as well
 }
