@@ -22,8 +22,8 @@ constexpr const char* kDeleteTablesLocation = "Drive::SQLiteDB::LogSQLiteDB::Del
 constexpr const char* kCheckDbSizeLocation = "Drive::SQLiteDB::LogSQLiteDB::CheckDbSize";
 
 // Runs `operation` under the lock of the record operations. While the process ends the lock may stay out of
-// reach. Not even a thread that the system has ended is passed over then: it may have held locks of SQLite's own
-// as well, and waiting for those would never end.
+// reach. Not even a thread that the system has ended is passed over then: it may have held locks of SQLite's
+// own as well, and waiting for those would never end.
 template <typename Operation>
 void GuardedAndLocked(const char* location, std::mutex& mutex, PendingMessages& messages,
                       const Operation& operation) {

@@ -18,9 +18,13 @@ std::atomic<Clock*> installedClock{nullptr};
 }  // namespace
 
 void WakeSignal::Raise() {
+  // With the other threads gone nobody is left to wake, and the mutexes may have been theirs.
+  const bool hasListeners = !ProcessEnd::OtherThreadsAreGone();
+  if (hasListeners) {
+    CurrentClock().OnRaise(*this);
+  }
   m_raised = true;
-  // With the other threads gone nobody is left to wake, and the mutex may have been theirs.
-  if (!ProcessEnd::OtherThreadsAreGone()) {
+  if (hasListeners) {
     Poke();
   }
 }

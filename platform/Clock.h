@@ -26,6 +26,7 @@ struct LocalTime {
 // Thread-safety: every operation may be called from any thread.
 class WakeSignal {
  public:
+  // Tells the clock in force first.
   void Raise();
   bool IsRaised() const;
 
@@ -57,6 +58,9 @@ class Clock {
   // Waits until `duration` has passed or `wake` is raised; true when it was raised. A duration of 0 or less
   // only looks at the signal.
   virtual bool WaitFor(std::chrono::milliseconds duration, const WakeSignal& wake) = 0;
+
+  // Told before `wake` is raised, so that a clock need not expect its waiter again.
+  virtual void OnRaise(const WakeSignal& /*wake*/) {}
 };
 
 // The clock in force: the system's, unless a test installed its own.

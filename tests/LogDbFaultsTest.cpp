@@ -61,7 +61,7 @@ TEST_F(LogDbFaultsTest, WaitsForALockedFileForAWhile) {
   const auto waits = [&clock](const std::function<void()>& operation) {
     const std::int64_t begun = clock.NowMilliseconds();
     std::int64_t ended = 0;
-    std::thread thread([&] { operation(), ended = clock.NowMilliseconds(); });
+    std::thread thread([&] { operation(), ended = clock.NowMilliseconds(), clock.Leave(); });
     clock.WaitForWaiters(1);
     clock.Advance(std::chrono::seconds(90));
     thread.join();
@@ -137,9 +137,9 @@ TEST_F(LogDbKeptRecordsTest, ADeletionMeetsAnInsertUnderWay) {
   ManualClock clock;
   OtherConnection other(Path());
   other.Run("BEGIN IMMEDIATE");
-  std::thread insert([] { Insert({Record(L"new")}); });
+  std::thread insert([&clock] { Insert({Record(L"new")}), clock.Leave(); });
   clock.WaitForWaiters(1);
-  std::thread deletion([] { Database().DeleteFromAllTables(); });
+  std::thread deletion([&clock] { Database().DeleteFromAllTables(), clock.Leave(); });
   clock.WaitForWaiters(2);
   clock.Advance(std::chrono::seconds(90));
   insert.join();

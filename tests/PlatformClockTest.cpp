@@ -29,11 +29,12 @@ TEST(ManualClockTest, RunsEveryDeadlineInOrderBeforeAdvanceReturns) {
     }
   };
   std::thread threads[] = {std::thread(noteEvery, "a", 3000ms), std::thread(noteEvery, "b", 5000ms),
-                           // Advance returns behind the end of a thread that waits no more.
+                           // Advance returns behind the leaving of a thread that waits no more.
                            std::thread([&] {
                              CurrentClock().WaitFor(4000ms, stop);
                              const std::lock_guard<std::mutex> lock(mutex);
                              notes.push_back("end");
+                             clock.Leave();
                            })};
   clock.WaitForWaiters(3);
 

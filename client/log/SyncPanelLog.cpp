@@ -27,8 +27,8 @@ std::wstring DefaultFolder() {
   return LoggerUtility::GetLocalAppDataPath() + kPathSeparator + APP_NAME + kPathSeparator + L"logs";
 }
 
-// The logger is made directly: spdlog's registry is destroyed at exit, while threads still write. Its sink has
-// no lock of its own: a thread that the system has ended could not give it back.
+// The logger is made directly: spdlog's registry is destroyed at exit, while threads still write. Its sink
+// has no lock of its own: a thread that the system has ended could not give it back.
 std::shared_ptr<spdlog::logger> OpenLogger(const std::filesystem::path& file, const std::string& name) {
   std::filesystem::create_directories(file.parent_path());
   // `native` is wide on Windows, where spdlog is built to take such names.

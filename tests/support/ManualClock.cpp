@@ -5,11 +5,9 @@
 #include <atomic>
 #include <condition_variable>
 #include <ctime>
-#include <future>
 #include <list>
 #include <map>
 #include <mutex>
-#include <set>
 #include <stdexcept>
 #include <thread>
 
@@ -32,10 +30,6 @@ struct Waiter {
   bool IsWaiting() const { return !isDue && !wake->IsRaised(); }
 };
 
-bool IsReady(const std::future<void>& future) {
-  return future.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
-}
-
 }  // namespace
 
 struct ManualClock::State {
@@ -43,37 +37,14 @@ struct ManualClock::State {
   mutable std::condition_variable changed;
   milliseconds now{0};  // since the start
   std::list<Waiter> waiters;
-  std::set<std::thread::id> awake;  // woken by the time, and neither waiting again nor known to have ended
-  std::map<std::thread::id, std::future<void>> ends;  // of every thread that has waited; ready when it ends
-  std::list<std::future<void>> pastEnds;              // of threads whose number came back
+  // Woken by the time and expected to wait again, unless their signal is raised; that may have gone since.
+  std::map<std::thread::id, const Platform::WakeSignal*> awake;
 
   void WaitUntil(std::unique_lock<std::mutex>& lock, const char* subject,
                  const std::function<bool()>& condition) const {
-    const auto limit = std::chrono::steady_clock::now() + kRealTimeLimit;
-    while (!condition()) {
-      if (std::chrono::steady_clock::now() >= limit) {
-        throw std::runtime_error(std::string("ManualClock: 30 s passed before ") + subject);
-      }
-      changed.wait_for(lock, milliseconds(1));  // the end of a thread notifies nobody
+    if (!changed.wait_for(lock, kRealTimeLimit, condition)) {
+      throw std::runtime_error(std::string("ManualClock: 30 s passed before ") + subject);
     }
-  }
-
-  // Remembers the calling thread, to be told of its end.
-  void Follow(std::thread::id thread) {
-    std::future<void>& end = ends[thread];
-    if (!end.valid() || IsReady(end)) {  // the number may have been another thread's
-      std::promise<void> promise;
-      pastEnds.push_back(std::move(end));
-      end = promise.get_future();
-      promise.set_value_at_thread_exit();
-    }
-  }
-
-  bool IsEverybodyAtRest() {
-    for (auto thread = awake.begin(); thread != awake.end();) {
-      thread = IsReady(ends[*thread]) ? awake.erase(thread) : std::next(thread);
-    }
-    return awake.empty();
   }
 
   // Goes to the next moment at which something is to happen, and wakes the threads that waited for it. Their
@@ -86,7 +57,7 @@ struct ManualClock::State {
     for (Waiter& waiter : waiters) {
       if (waiter.IsWaiting() && waiter.deadline <= now) {
         waiter.isDue = true;
-        awake.insert(waiter.thread);
+        awake[waiter.thread] = waiter.wake;
         waiter.wake->Poke();
       }
     }
@@ -123,7 +94,6 @@ bool ManualClock::WaitFor(milliseconds duration, const Platform::WakeSignal& wak
   State& state = m_state;
   std::unique_lock<std::mutex> lock(state.mutex);
   const auto thread = std::this_thread::get_id();
-  state.Follow(thread);
   const auto self = state.waiters.emplace(state.waiters.end());
   self->thread = thread;
   self->deadline = state.now + std::min(duration, milliseconds(std::chrono::hours(24 * 365)));
@@ -137,14 +107,29 @@ bool ManualClock::WaitFor(milliseconds duration, const Platform::WakeSignal& wak
   return isRaised;
 }
 
+void ManualClock::OnRaise(const Platform::WakeSignal& wake) {
+  State& state = m_state;
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  for (auto thread = state.awake.begin(); thread != state.awake.end();) {
+    thread = thread->second == &wake ? state.awake.erase(thread) : std::next(thread);
+  }
+  state.changed.notify_all();
+}
+
+void ManualClock::Leave() {
+  const std::lock_guard<std::mutex> lock(m_state.mutex);
+  m_state.awake.erase(std::this_thread::get_id());
+  m_state.changed.notify_all();
+}
+
 void ManualClock::Advance(milliseconds duration) {
   State& state = m_state;
   std::unique_lock<std::mutex> lock(state.mutex);
   const milliseconds target = state.now + duration;
   do {
     state.GoOn(target);
-    state.WaitUntil(lock, "every woken thread waited again or ended",
-                    [&] { return state.IsEverybodyAtRest(); });
+    state.WaitUntil(lock, "every woken thread waited again or was told to end",
+                    [&] { return state.awake.empty(); });
   } while (state.now < target);
 }
 

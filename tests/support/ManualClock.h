@@ -23,10 +23,15 @@ class ManualClock final : public Platform::Clock {
   std::int64_t NowMilliseconds() const override;
   Platform::LocalTime NowLocal() const override;
   bool WaitFor(std::chrono::milliseconds duration, const Platform::WakeSignal& wake) override;
+  void OnRaise(const Platform::WakeSignal& wake) override;
+
+  // Says that the calling thread will not wait any more. For threads of a test's own, which end without a
+  // signal of theirs.
+  void Leave();
 
   // Moves the time from deadline to deadline. At each one it wakes the threads that waited for it, and goes
-  // on when every one of them waits on the clock again or has ended. Throws std::runtime_error when they take
-  // longer than 30 s of real time.
+  // on when every one of them waits on the clock again, has left, or has had its signal raised. Throws
+  // std::runtime_error when they take longer than 30 s of real time.
   void Advance(std::chrono::milliseconds duration);
 
   // Returns when at least `count` threads wait on the clock; throws std::runtime_error after 30 s of real
