@@ -3,10 +3,12 @@
 
 #include <httplib.h>
 
+#include <algorithm>
 #include <exception>
 #include <future>
 #include <iterator>
 #include <stdexcept>
+#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -49,12 +51,45 @@ HttpRequest Convert(const httplib::Request& from) {
   return to;
 }
 
+// One request that nobody sent.
+class RehearsedRequest final : public httplib::Stream {
+ public:
+  bool is_readable() const override { return true; }
+  bool is_writable() const override { return true; }
+  ssize_t read(char* bytes, size_t size) override {
+    const std::size_t count = std::min(size, m_left.size());
+    m_left.copy(bytes, count);
+    m_left.remove_prefix(count);
+    return static_cast<ssize_t>(count);
+  }
+  ssize_t write(const char* /*bytes*/, size_t size) override { return static_cast<ssize_t>(size); }
+  void get_remote_ip_and_port(std::string& /*ip*/, int& /*port*/) const override {}
+  void get_local_ip_and_port(std::string& /*ip*/, int& /*port*/) const override {}
+  socket_t socket() const override { return INVALID_SOCKET; }
+
+ private:
+  std::string_view m_left = "GET / HTTP/1.1\r\n\r\n";
+};
+
+// The library makes its tables with the first request it reads. Read here once, before there are workers, the
+// tables are ordered before all that workers do: a thread sanitizer does not see the order that a library
+// built without it keeps by itself.
+class Rehearsal : private httplib::Server {
+ public:
+  Rehearsal() {
+    RehearsedRequest request;
+    bool isClosed = false;
+    process_request(request, true, isClosed, nullptr);
+  }
+};
+
 }  // namespace
 
 class HttpsServer::Listener {
  public:
   Listener(const Identity& identity, const std::string& host, int port, HttpHandler handler)
       : m_server(identity.certificate.get(), identity.key.get()), m_handler(std::move(handler)) {
+    static const Rehearsal rehearsal;
     if (!m_server.is_valid()) {
       throw std::runtime_error("the TLS library does not take the server's certificate");
     }
