@@ -1,10 +1,9 @@
-// BiLogFacadeTest.cpp - the BI facade: paths, settings, messages, disk type.
+// BiLogFacadeTest.cpp - the BI facade: paths, settings, messages.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 
 #include "client/common/EncryptHelper.h"
 #include "client/common/ReadSyncConfigFile.h"
@@ -53,22 +52,6 @@ TEST_F(BiFacadeTest, PutsTheDatabaseIntoAFolderNamedByTheHash) {
   const std::filesystem::path pem =
       std::filesystem::path("programs") / "Talvik" / "Cloud" / "PEM" / "Cacert.pem";
   EXPECT_EQ(std::filesystem::path(g_certPath.Get()), pem);
-  const std::string location = "Drive::Bilog::BILogger::InitDataBase";
-  EXPECT_TRUE(m_log.Has({2, 168, location, "InitDataBase begin, logDbPath = user-1"}));
-  EXPECT_TRUE(m_log.Has({1, 197, location, "g_logDbFullPathWithName :" + g_logDbFullPathWithName.Get()}));
-  EXPECT_TRUE(m_log.Has({2, 198, location, "InitDataBase Cert Path :" + pem.u8string()}));
-}
-
-TEST_F(BiFacadeTest, NamesTheFileOfTheSignedInUserByTheConstantAndKeepsTheCertificateWithoutAFolder) {
-  g_certPath = L"kept";
-  m_system.programFiles.clear();
-  LogSettings::GetInstance().SetUserId(L"user-2");
-  EXPECT_TRUE(m_logger.InitDataBase(L"user-2"));
-  EXPECT_EQ(std::filesystem::u8path(g_logDbFullPathWithName.Get()).filename().wstring(), LOG_DB_NAME);
-  EXPECT_TRUE(m_logger.InitDataBase(L"USER-2"));
-  EXPECT_EQ(std::filesystem::u8path(g_logDbFullPathWithName.Get()).filename().wstring(), L"USER-2LogDB");
-  EXPECT_EQ(g_certPath.Get(), L"kept");
-  EXPECT_TRUE(m_log.Has({5, 195, "Drive::Bilog::BILogger::InitDataBase", "Get program files fail"}));
 }
 
 TEST_F(BiFacadeTest, SettingsReachGlobalsAndStoreWithTheWaitTimesExchanged) {
@@ -95,33 +78,6 @@ TEST_F(BiFacadeTest, SettingsReachGlobalsAndStoreWithTheWaitTimesExchanged) {
                                           {2, 162, location, "m_maxPushLogCount = 7"},
                                           {2, 163, location, "g_countryCode = CN"}};
   EXPECT_EQ(m_log.All(), std::vector<Testing::LogMessage>(std::begin(expected), std::end(expected)));
-}
-
-TEST_F(BiFacadeTest, ReportsAnEmptyUserAndReadsAMissingDevice) {
-  g_deviceId = L"";
-  m_logger.SetBiUbaDataPara(BiUbaDataType());
-  EXPECT_EQ(g_deviceId.Get(), L"device-1");
-  EXPECT_TRUE(m_log.Has(
-      {5, 133, "Drive::Bilog::BILogger::SetBiUbaDataPara", "[BILogger::SetBiUbaDataPara]userid is empty"}));
-}
-
-TEST_F(BiFacadeTest, DiskTypeFollowsTheCode) {
-  const std::wstring s;
-  const std::map<std::wstring, std::wstring> map;
-  const std::function<void(int)> forms[] = {[&](int code) { m_logger.OutputBILog(code, s, s, 1.0); },
-                                            [&](int code) { m_logger.OutputBILog(code, s, s, s, s); },
-                                            [&](int code) { m_logger.OutputBILog(code, s, s); },
-                                            [&](int code) { m_logger.OutputBILog(code, s, s, map); },
-                                            [&](int code) { m_logger.OutputBILog(code, map); }};
-  for (const auto& form : forms) {
-    std::string types;
-    for (const int code : {16000, 16001, 16019, 16020, 16021}) {
-      g_diskType = "-";
-      form(code);
-      types += g_diskType.Get();
-    }
-    EXPECT_EQ(types, &form == &forms[0] ? "-0110" : "-0000") << "only the first form knows two codes";
-  }
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 // BiLogQueueTest.cpp - BI records on their way from the caller to the storage, in virtual time.
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "bilog/BILoggerManager.h"
 #include "client/common/SharedGlobals.h"
 #include "model/LogSettings.h"
@@ -28,17 +26,16 @@ class BiQueueTest : public testing::Test {
       m_manager.AddEvent(L"action", L"code", std::to_wstring(m_added++), L"extend", L"trace");
     }
   }
-  // Starts a worker and lets it drain what is there.
+  // Starts the worker and lets it drain what is there.
   void StartWorker() {
     m_manager.Start();
-    m_clock.WaitForWaiters(++m_workers);
+    m_clock.WaitForWaiters(1);
   }
 
   Testing::ManualClock m_clock;
   Testing::RecordingStorage m_storage;
   BILoggerManager m_manager;
   int m_added = 0;
-  std::size_t m_workers = 0;
 };
 
 TEST_F(BiQueueTest, StoresWithin60SecondsInBatchesOfAThousandInOrder) {
@@ -69,24 +66,6 @@ TEST_F(BiQueueTest, ProducerStoresTheOldestThousandBeyondTheSoftBound) {
   EXPECT_EQ(m_storage.InsertSizes(false), (Sizes{1000, 1000, 1000, 1000, 1000, 2}));
   EXPECT_EQ(m_storage.Rows(false)[5000].get_UserId(), L"user");
   EXPECT_EQ(m_storage.Rows(false)[5001].get_UserId(), L"late") << "was not known when it was queued";
-}
-
-TEST_F(BiQueueTest, LosesNoRecordOfManyThreadsBetweenTwoWorkers) {
-  StartWorker();
-  StartWorker();
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 8; ++i) {
-    threads.emplace_back([this] {
-      for (int n = 0; n < 1500; ++n) {
-        m_manager.AddEvent(16001, L"info", L"extend");
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-  m_clock.Advance(milliseconds(61000));
-  EXPECT_EQ(m_storage.Rows(false).size(), 12000u);
 }
 
 TEST_F(BiQueueTest, EachFormFillsItsFields) {

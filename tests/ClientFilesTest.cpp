@@ -1,12 +1,10 @@
-// ClientFilesTest.cpp - settings files in every form that clients have left behind, and questions about
-// files.
+// ClientFilesTest.cpp - settings files in every form that clients have left behind.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
 #include <string>
 
-#include "client/common/FileHepler.h"
 #include "client/common/IniFileHelper.h"
 #include "tests/support/TempFolder.h"
 
@@ -70,22 +68,6 @@ TEST_F(IniFileTest, WritesWhereTheKeyIsReadAndKeepsTheRest) {
   const auto files = std::filesystem::directory_iterator(m_folder.Path());
   EXPECT_EQ(std::distance(begin(files), end(files)), 1) << "no temporary file is left";
   EXPECT_FALSE(IniFileHelper(m_folder.Wide("missing/f.ini")).WriteIniValue("Key", "x"));
-}
-
-TEST(FileHeplerTest, AnswersForFilesFoldersAndNothing) {
-  const Testing::TempFolder temp;
-  const std::wstring file = temp.Wide("f\xC3\xAFle");
-  const std::wstring folder = temp.Path().wstring();
-  std::ofstream(std::filesystem::u8path(temp.Narrow("f\xC3\xAFle"))) << "12345";
-  EXPECT_TRUE(FileHepler::CheckFileExist(folder)) << "folders count";
-  EXPECT_FALSE(FileHepler::DeleteLocalFile(folder));
-  EXPECT_EQ(FileHepler::GetLocalFileSize(file), 5U);
-  EXPECT_TRUE(FileHepler::DeleteLocalFile(file));
-  for (const std::wstring& missing : {file, std::wstring(3, static_cast<wchar_t>(0xD800)), std::wstring()}) {
-    EXPECT_FALSE(FileHepler::CheckFileExist(missing));
-    EXPECT_EQ(FileHepler::GetLocalFileSize(missing), 0U) << "never a huge number";
-    EXPECT_FALSE(FileHepler::DeleteLocalFile(missing));
-  }
 }
 
 }  // namespace

@@ -56,11 +56,6 @@ TEST(TypeConvertTest, ReplacesLoneSurrogates) {
   }
 }
 
-TEST(TypeConvertTest, UrlEncodesUtf8Bytes) {
-  EXPECT_EQ(TypeConvert::UrlEncode(L"Az09-_.~"), L"Az09-_.~");
-  EXPECT_EQ(TypeConvert::UrlEncode(L"a b+/=%\u00E9"), L"a%20b%2B%2F%3D%25%C3%A9");
-}
-
 TEST(DeviceModelTest, IsCutBetweenCharacters) {
   Testing::FakeSystem system;
   Platform::InstallSystem(&system);

@@ -1,19 +1,14 @@
 // CollectorCheckTest.cpp - what the collector's checks take and for which reason they refuse the rest.
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <set>
-#include <sstream>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include "collector/Cipher.h"
-#include "collector/DataFolder.h"
-#include "collector/DecodeCommand.h"
 #include "collector/RequestCheck.h"
 #include "tests/CollectorRequests.h"
-#include "tests/support/TempFolder.h"
 
 namespace Drive::Testing {
 namespace {
@@ -31,9 +26,8 @@ const RsaKey& CollectorKey() {
 
 TestRequest Good(Channel channel) { return MakeRequest(channel, CollectorKey().PublicKeyHex()); }
 
-Verdict CheckIt(const TestRequest& request, const std::string& body,
-                DeflateRule rule = DeflateRule::kAsZlibMakes, const std::string& token = "") {
-  return Check(request.channel, request.headers, body, {&CollectorKey(), token, rule});
+Verdict CheckIt(const TestRequest& request, const std::string& body) {
+  return Check(request.channel, request.headers, body, {&CollectorKey(), "", DeflateRule::kAsZlibMakes});
 }
 
 std::string ReasonOf(const Verdict& verdict) {
@@ -189,15 +183,6 @@ TEST(CollectorCheckTest, RefusesABodyWithAnyByteChangedAddedOrMissing) {
   }
 }
 
-TEST(CollectorCheckTest, TakesOtherDeflateDataOnlyWhenToldTo) {
-  for (const Channel channel : kChannels) {
-    TestRequest request = Good(channel);
-    request.level = 1;
-    ExpectReason(request, "default level");
-    EXPECT_EQ("accepted", ReasonOf(CheckIt(request, request.Body(), DeflateRule::kAny))) << NameOf(channel);
-  }
-}
-
 TEST(CollectorCheckTest, RefusesTextThatIsNotStrictJson) {
   for (const std::string& text :
        {std::string("[]"), std::string("{} {}"), std::string("{/**/}"), std::string("{\"a\":\"\n\"}"),
@@ -208,44 +193,6 @@ TEST(CollectorCheckTest, RefusesTextThatIsNotStrictJson) {
     EXPECT_EQ(0u, reason.find("the body is not ")) << text.substr(0, 40) << ": " << reason;
   }
   EXPECT_EQ("decompressed data is too long", ReasonOf(CheckIt(Good(kM), Zlib(std::string(65 << 20, ' ')))));
-}
-
-TEST(CollectorCheckTest, RefusesAnotherTokenThanTheExpectedOneAsExpired) {
-  const TestRequest request = Good(kU);
-  const auto with = [&](const char* token) {
-    return CheckIt(request, request.Body(), DeflateRule::kAsZlibMakes, token);
-  };
-  EXPECT_EQ("accepted", ReasonOf(with("token%2B%2F%3D")));
-  ASSERT_EQ("interface auth failed", ReasonOf(with("token")));
-  EXPECT_EQ(400, std::get<Refused>(with("token")).status);
-}
-
-TEST(CollectorCheckTest, ReadsCapturedFilesAndMakesNoKeyToDecipherThem) {
-  const TempFolder folder;
-  const TestRequest request = Good(kM);
-  DecodeOrder order;
-  order.headersFile = folder.Path() / "headers";
-  order.bodyFile = folder.Path() / "body";
-  order.dataFolder = folder.Path();
-  std::ofstream(order.bodyFile, std::ios::binary) << request.Body();
-  // As a tool may have noted them down: a request line, CR LF, with or without a blank.
-  std::ofstream headers(order.headersFile, std::ios::binary);
-  headers << "POST /path HTTP/1.1\r\n";
-  for (const Header& header : request.headers) {
-    headers << header.name << (header.name.size() % 2 == 0 ? ":" : ": ") << header.value << "\r\n";
-  }
-  headers.close();
-
-  std::ostringstream out;
-  std::ostringstream reason;
-  EXPECT_EQ(0, RunDecode(order, out, reason)) << reason.str();
-  EXPECT_NE(std::string::npos, out.str().find("Drive.action.newFile"));
-  order.channel = kU;
-  EXPECT_EQ(1, RunDecode(order, out, reason));
-  EXPECT_EQ("header Content-Encoding is missing\n", reason.str());
-  order.channel = kO;
-  EXPECT_THROW(RunDecode(order, out, reason), std::runtime_error);
-  EXPECT_FALSE(std::filesystem::exists(folder.Path() / kRsaKeyFile));
 }
 
 }  // namespace

@@ -21,9 +21,9 @@ namespace {
 constexpr int kZlibWindow = 15;
 constexpr int kGzipWindow = 15 + 16;
 
-std::string Deflate(const std::string& text, int level, int window) {
+std::string Deflate(const std::string& text, int window) {
   z_stream stream{};
-  deflateInit2(&stream, level, Z_DEFLATED, window, 8, Z_DEFAULT_STRATEGY);
+  deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, window, 8, Z_DEFAULT_STRATEGY);
   std::string result(deflateBound(&stream, static_cast<uLong>(text.size())), '\0');
   stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
   stream.avail_in = static_cast<uInt>(text.size());
@@ -62,7 +62,7 @@ Json::Value Plain(Channel channel, const std::string& requestId, Json::Value con
 
 }  // namespace
 
-std::string Zlib(const std::string& text, int level) { return Deflate(text, level, kZlibWindow); }
+std::string Zlib(const std::string& text) { return Deflate(text, kZlibWindow); }
 
 std::string Base64(const std::string& bytes) {
   return EncryptHelper::Base64Encode(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(),
@@ -84,12 +84,11 @@ std::string EncipherKey(const std::string& publicKeyHex, const std::string& text
 
 std::string TestRequest::Body() const {
   if (channel != Channel::kOperation) {
-    return Deflate(Collection::CompactText(plain), level,
-                   channel == Channel::kUba ? kGzipWindow : kZlibWindow);
+    return Deflate(Collection::CompactText(plain), channel == Channel::kUba ? kGzipWindow : kZlibWindow);
   }
   const Bytes key = {0, 'a', ' ', 'z', 'e', 'r', 'o', ' ', 'i', 's', ' ', 'a', ' ', 'k', 'e', 'y'};
   const Bytes vector(16, 'v');
-  const std::string payload = Zlib(Collection::CompactText(plain["event"]), level);
+  const std::string payload = Zlib(Collection::CompactText(plain["event"]));
   Bytes cipher;
   EncryptHelper::AES_128_CBC_Encrypt(Bytes(payload.begin(), payload.end()), key, vector, cipher);
   cipher.insert(cipher.begin(), vector.begin(), vector.end());
@@ -100,7 +99,7 @@ std::string TestRequest::Body() const {
         chifer.empty() ? EncipherKey(rsaKeyHex, EncryptHelper::BytesToHexstr(key)) : chifer;
   }
   root["event"] = event.empty() ? EncryptHelper::BytesToHexstr(cipher) : event;
-  return Zlib(Collection::CompactText(root), level);
+  return Zlib(Collection::CompactText(root));
 }
 
 std::string& TestRequest::Header(const std::string& name) {
@@ -111,7 +110,7 @@ std::string& TestRequest::Header(const std::string& name) {
 
 TestRequest MakeRequest(Channel channel, const std::string& rsaKeyHex, const std::string& requestId) {
   const std::string file = VECTORS_FOLDER "/" + std::string(Collection::NameOf(channel));
-  TestRequest request{channel, {}, {}, rsaKeyHex, -1, {}, {}};
+  TestRequest request{channel, {}, {}, rsaKeyHex, {}, {}};
   std::ifstream headers(file + ".headers");
   for (std::string line; std::getline(headers, line);) {
     const std::size_t colon = line.find(':');

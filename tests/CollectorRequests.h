@@ -15,7 +15,6 @@ struct TestRequest {
   Collection::Headers headers;
   Json::Value plain;      // what is compressed and enciphered into the body
   std::string rsaKeyHex;  // of the collector, for the operation channel
-  int level = -1;         // of the compression
 
   // Breaks single steps of the operation channel's encoding.
   std::string chifer;  // instead of the enciphered AES key
@@ -29,7 +28,7 @@ struct TestRequest {
 TestRequest MakeRequest(Collection::Channel channel, const std::string& rsaKeyHex,
                         const std::string& requestId = "A1B220240305070809012");
 
-std::string Zlib(const std::string& text, int level = -1);
+std::string Zlib(const std::string& text);
 std::string Base64(const std::string& bytes);
 std::string EncipherKey(const std::string& publicKeyHex, const std::string& text);
 

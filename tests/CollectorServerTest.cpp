@@ -98,18 +98,6 @@ TEST_F(CollectorServerTest, StoresAcceptedRequestsOfEveryChannel) {
   EXPECT_EQ(0, Service().Counts(kU).attempts);
 }
 
-TEST_F(CollectorServerTest, AnswersARefusedRequestWithItsReasonAndKeepsIt) {
-  TestRequest request = Request(kU);
-  request.Header("X-Lang") = "en";
-  ASSERT_EQ(422, Post(request));
-  EXPECT_EQ("header X-Lang has the wrong value \"en\"", m_answer);
-  const Json::Value rejected = Get("/api/rejected");
-  ASSERT_EQ(1u, rejected.size());
-  EXPECT_EQ(m_answer, rejected[0]["reason"].asString());
-  EXPECT_EQ("uba", rejected[0]["channel"].asString());
-  EXPECT_EQ(0, Stored(kU).requests);
-}
-
 TEST_F(CollectorServerTest, CountsARepeatedRequestAsAReplayAndStoresItsRecordsOnce) {
   TestRequest request = Request(kM, "same");
   EXPECT_EQ(200, Post(request));
@@ -152,34 +140,6 @@ TEST_F(CollectorServerTest, AppliesFaultsInTurnToTheirChannel) {
   }
 }
 
-TEST_F(CollectorServerTest, RefusesAllTokensUntilANewOneComes) {
-  EXPECT_EQ(200, Post(Request(kU)));
-  Fault fault;
-  fault.untilNewToken = true;
-  Service().InjectFault(fault);
-  for (const Channel channel : kChannels) {
-    ASSERT_EQ(400, Post(Request(channel)));
-    EXPECT_EQ("interface auth failed", m_answer);
-  }
-  TestRequest renewed = Request(kU);
-  renewed.Header("Authorization") = Base64("8:null:null:null:renewed");
-  EXPECT_EQ(200, Post(renewed));
-  EXPECT_EQ(200, Post(Request(kM)));
-}
-
-TEST(CollectorFaultPlanTest, HitsTheShareThatIsAskedFor) {
-  Fault fault;
-  fault.count = 0;
-  fault.share = 0.25;
-  FaultPlan plan;
-  plan.Add(fault);
-  int hits = 0;
-  for (int i = 0; i < 1000; ++i) {
-    hits += plan.Take(kU, {}).has_value() ? 1 : 0;
-  }
-  EXPECT_NEAR(250, hits, 60);
-}
-
 TEST_F(CollectorServerTest, StopsAtOnceInTheMiddleOfADelayAndServesAgainOnTheSamePort) {
   Fault fault;
   fault.delay = std::chrono::minutes(5);
@@ -204,25 +164,6 @@ TEST_F(CollectorServerTest, StopsAtOnceInTheMiddleOfADelayAndServesAgainOnTheSam
 
   m_options.port = std::stoi(url.substr(url.rfind(':') + 1));
   EXPECT_THROW(Collector{m_options}, std::runtime_error) << "two on one port";
-}
-
-TEST_F(CollectorServerTest, KeepsItsKeysAndRequestsOverARestart) {
-  m_options.database.clear();
-  const TestRequest request = Request(Channel::kOperation);
-  EXPECT_EQ(200, Post(request));
-  const std::string ca = ReadFile(Service().CaPath());
-
-  m_collector.reset();
-
-  EXPECT_EQ(request.rsaKeyHex, Service().RsaPublicKeyHex());
-  EXPECT_EQ(ca, ReadFile(Service().CaPath()));
-  EXPECT_EQ(200, Post(request));
-  EXPECT_EQ(1, Stored(Channel::kOperation).replays);
-  if (std::filesystem::path::preferred_separator == '/') {  // Windows lets the folder's access list decide
-    EXPECT_EQ(std::filesystem::perms::none,
-              std::filesystem::status(m_folder.Path() / kRsaKeyFile).permissions() &
-                  (std::filesystem::perms::group_all | std::filesystem::perms::others_all));
-  }
 }
 
 }  // namespace

@@ -27,14 +27,21 @@ TEST(CommLogTest, SendsEachLevelToItsFileUnlessAFunctionIsInstalled) {
     EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
   }
   const std::tuple<int, std::string, std::string> rows[] = {
-      {0, "net.log", "29"},     {1, "debug.log", "32"}, {2, "info.log", "35"},  {3, "sync.log", "38"},
-      {4, "traceui.log", "41"}, {5, "error.log", "44"}, {7, "error.log", "44"}, {-1, "error.log", "44"}};
-  for (const auto& [level, file, line] : rows) {
+      {0, "net.log", "[SyncNetLogger] CommLog::PrintLog:29"},
+      {1, "debug.log", "[SyncDebugLogger] CommLog::PrintLog:32"},
+      {2, "info.log", "[SyncInfoLogger] CommLog::PrintLog:35"},
+      {3, "sync.log", "[SyncLogger] CommLog::PrintLog:38"},
+      {4, "traceui.log", "[SyncUILogger] CommLog::PrintLog:41"},
+      {5, "error.log", "[SyncErrorLogger] CommLog::PrintLog:44"},
+      {7, "error.log", "[SyncErrorLogger] CommLog::PrintLog:44"},
+      {-1, "error.log", "[SyncErrorLogger] CommLog::PrintLog:44"},
+  };
+  for (const auto& [level, file, source] : rows) {
     const std::string message = "message of level " + std::to_string(level) + ".";
     Print(level, message);
     std::ostringstream text;
     text << std::ifstream(folder.Path() / file).rdbuf();
-    const std::string expected = "CommLog::PrintLog:" + line + " Some::Place: " + message;
+    const std::string expected = source + " Some::Place: " + message;
     EXPECT_NE(std::string::npos, text.str().find(expected)) << level << ": " << text.str();
   }
   SyncPanelLog::GetInstance().SetFolder(L"");

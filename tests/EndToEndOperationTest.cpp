@@ -2,9 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <thread>
 
-#include "client/common/EncryptHelper.h"
 #include "client/common/IPCDriveClient.h"
 #include "operatelog/OperationLoggerManager.h"
 #include "operatelog/OperationLoggerTimer.h"
@@ -41,11 +39,6 @@ class OperationTest : public Testing::ProductFixture {
     m_ubaTimer.Start();
     m_clock.WaitForWaiters(m_uploads = 2);
   }
-  void StopTimers() {
-    m_operationTimer.Stop();
-    m_ubaTimer.Stop();
-    m_uploads = 0;
-  }
   void Tick() { m_clock.Advance(milliseconds(60000)); }
 
   OperateLog::OperationLoggerManager m_manager;
@@ -63,7 +56,8 @@ TEST_F(OperationTest, DeliversBothChannelsAndDeletesWhatWasAccepted) {
   EXPECT_EQ(Stored(Channel::kOperation), 80u);
   Tick();
   EXPECT_EQ(Stored(Channel::kUba), 80u) << "a partial batch is held back after a delivery";
-  StopTimers();
+  m_operationTimer.Stop();
+  m_ubaTimer.Stop();
   StartTimers();
   Tick();
   EXPECT_EQ(Accepted(Channel::kOperation), 180) << Refusals();
@@ -86,7 +80,6 @@ TEST_F(OperationTest, TicksWithTheHostsMaximumWaitTimeAndHoldsBackForTheStoresOw
   Bilog::BILogger::GetInstance().SetBiUbaDataPara(data);
   Store(1);
   StartTimers();
-  EXPECT_TRUE(m_log.Has({1, 45, "Drive::OperateLog::UbaLoggerTimer::Start", "dbReportFreq = 100"}));
   m_clock.Advance(milliseconds(99999));
   EXPECT_EQ(Stored(Channel::kOperation) + Stored(Channel::kUba), 2u);
   m_clock.Advance(milliseconds(1));
@@ -96,53 +89,6 @@ TEST_F(OperationTest, TicksWithTheHostsMaximumWaitTimeAndHoldsBackForTheStoresOw
   EXPECT_EQ(Stored(Channel::kOperation) + Stored(Channel::kUba), 2u);
   m_clock.Advance(milliseconds(1));
   EXPECT_EQ(Stored(Channel::kOperation) + Stored(Channel::kUba), 0u) << Refusals();
-}
-
-TEST_F(OperationTest, SendsWhatTheSwitchesAllow) {
-  const struct {
-    bool isOn;
-    int ubaSwitch;
-    std::size_t left;  // of three records in each of two tables
-  } kCases[] = {{false, 1, 6}, {true, 0, 3}, {true, 2, 3}, {true, 1, 0}};
-  for (const auto& each : kCases) {
-    auto& settings = Bilog::LogSettings::GetInstance();
-    settings.SetOperationLogSwitch(true);
-    OperateLog::OperationLoggerManager::DeleteStoredRecords();
-    settings.SetUbaSwitch(1);
-    Store(3);
-    settings.SetOperationLogSwitch(each.isOn);
-    settings.SetUbaSwitch(each.ubaSwitch);
-    m_log.Clear();
-    StartTimers();
-    Tick();
-    EXPECT_EQ(m_log.Count("g_operationLogSwitchState = 0"), each.isOn ? 0u : 2u);
-    EXPECT_EQ(m_log.Count("g_ubaSwitch = 0"), each.ubaSwitch == 0 ? 1u : 0u) << "2 is off, but not reported";
-    EXPECT_EQ(Stored(Channel::kOperation) + Stored(Channel::kUba), each.left) << Refusals();
-    StopTimers();
-  }
-}
-
-TEST_F(OperationTest, HalvesABatchThatIsTooLargeAndDeletesExactlyWhatWasAccepted) {
-  std::vector<Bilog::UserLog> records(5);
-  for (std::size_t i = 0; i < records.size(); ++i) {
-    Bytes random(i == 3 ? 10 : i == 4 ? 220000 : 60000);
-    EncryptHelper::GetSecureRandom(random.data(), random.size());
-    const std::string text = EncryptHelper::Base64Encode(random.data(), random.size(), true);
-    records[i].set_Action(std::wstring(text.begin(), text.end()));
-  }
-  Bilog::BiDataBase::GetInstance().executeInsertUserLogBatchCallback(records, false);
-  CommLog::GetInstance().SetLogFunc([this](int, int, const std::string&, const std::string& text) {
-    if (text.rfind("PushLog Success", 0) == 0 && Accepted(Channel::kOperation) == 2) {
-      InjectAnswer(500, 3);
-    }
-  });
-  StartTimers();
-  Tick();
-  EXPECT_EQ(Accepted(Channel::kOperation), 2) << Refusals();
-  EXPECT_EQ(Stored(Channel::kOperation), 3u) << "the second half was refused";
-  Tick();
-  EXPECT_EQ(Accepted(Channel::kOperation), 4) << Refusals();
-  EXPECT_EQ(Stored(Channel::kOperation), 0u) << "the last one fits no request";
 }
 
 TEST_F(OperationTest, UbaWaitsForANewToken) {
@@ -167,21 +113,6 @@ TEST_F(OperationTest, UbaWaitsForANewToken) {
   IPC::SetIpcEndpointName("TalvikCloud");
 }
 
-TEST_F(OperationTest, SwitchedOffDuringAnUploadTheTablesStayEmpty) {
-  Store(5);
-  StartTimers();
-  Collection::Fault slow;
-  slow.delay = milliseconds(300);
-  slow.count = 0;
-  m_collector.InjectFault(slow);
-  std::thread ticking([this] { Tick(); });
-  ASSERT_TRUE(m_collector.WaitForAttempts(Channel::kOperation, 1, std::chrono::seconds(20)));
-  Bilog::LogSettings::GetInstance().SetOperationLogSwitch(false);
-  OperateLog::OperationLoggerManager::DeleteStoredRecords();
-  ticking.join();
-  EXPECT_EQ(Stored(Channel::kOperation) + Stored(Channel::kUba), 0u);
-}
-
 TEST_F(OperationTest, SendsNothingUnderAKeyThatIsNone) {
   const std::string good = m_collector.RsaPublicKeyHex();
   const std::string keys[] = {"",          good.substr(1),     std::string(540, 'x'), std::string(540, '0'),
@@ -197,11 +128,6 @@ TEST_F(OperationTest, SendsNothingUnderAKeyThatIsNone) {
   }
   EXPECT_EQ(Attempts(Channel::kOperation), 0);
   EXPECT_EQ(Stored(Channel::kOperation), 3u);
-  Bilog::LogSettings::GetInstance().SetRsaPublicKey(good);
-  m_operationTimer.Start();
-  m_clock.WaitForWaiters(1);
-  Tick();
-  EXPECT_EQ(Accepted(Channel::kOperation), 3) << Refusals();
 }
 
 }  // namespace

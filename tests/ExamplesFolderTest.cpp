@@ -108,16 +108,5 @@ TEST(FolderWatchTest, TellsWhatHappenedBetweenTwoLooks) {
   }
 }
 
-TEST(FolderWatchTest, SeesARealRename) {
-  const TempFolder folder;
-  std::ofstream(folder.Path() / "one.txt") << "text";
-  const Snapshot before = TakeSnapshot(folder.Path());
-  fs::rename(folder.Path() / "one.txt", folder.Path() / "two.txt");
-
-  const std::vector<Change> changes = Compare(before, TakeSnapshot(folder.Path()));
-  ASSERT_EQ(changes.size(), 1U);
-  EXPECT_EQ(changes[0].oldPath.filename(), "one.txt");
-}
-
 }  // namespace
 }  // namespace SyncFolder

@@ -1,7 +1,6 @@
 // LogDbRecordsTest.cpp - storing, reading and deleting records, under the row cap.
 #include <tuple>
 
-#include "logdb/RowCap.h"
 #include "tests/LogDbFixture.h"
 
 namespace Drive::Testing {
@@ -121,27 +120,6 @@ TEST_F(LogDbRecordsTest, CutsTheOldestTenthBeforeTheBatch) {
     }
     Database().DeleteFromAllTables();
     Run("DELETE FROM sqlite_sequence");
-  }
-}
-
-// Random growth, deletions of any rows and exchanged files: always what counting gives.
-TEST_F(LogDbRecordsTest, AnswersWhatCountingWouldAnswer) {
-  OtherConnection file(Path());
-  SQLiteDB::RowCap rowCap;
-  unsigned random = 12345;
-  for (int step = 0; step < 600; ++step) {
-    random = random * 1103515245U + 12345U;
-    const std::string amount = std::to_string(random >> 16U & 15U);
-    if ((random >> 20U) % 3 != 0) {
-      file.Run("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n LIMIT " + amount +
-               ") INSERT INTO T_UserLog (IsMaintenanceLog) SELECT i % 2 FROM n");
-    } else {
-      file.Run("DELETE FROM T_UserLog WHERE Id IN (SELECT Id FROM T_UserLog WHERE IsMaintenanceLog = " +
-               std::to_string(random >> 24U & 1U) + " LIMIT 2 * " + amount + ")");
-    }
-    if (step % 150 == 149) file.Run("DELETE FROM T_UserLog; DELETE FROM sqlite_sequence");
-    const bool expected = std::stoi(file.Run("SELECT count(*) FROM T_UserLog")) >= 100;
-    ASSERT_EQ(expected, rowCap.IsReached(file.Handle(), "T_UserLog", 100)) << "step " << step;
   }
 }
 

@@ -2,21 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <set>
-#include <stdexcept>
 
-#include "collector/Cipher.h"
-#include "collector/RequestCheck.h"
 #include "drivelog/BiDataBase.h"
-#include "model/EventJson.h"
 #include "operatelog/BatchCycle.h"
 #include "operatelog/OperationEnvelope.h"
-#include "tests/support/CapturedLog.h"
 #include "tests/support/RecordingStorage.h"
 
 namespace Drive::OperateLog {
 namespace {
-
-using Status = OperationEnvelope::Status;
 
 constexpr BatchTable kTable = {true, 103, "location", "size:"};
 
@@ -25,18 +18,14 @@ void Store(int count) {
   Bilog::BiDataBase::GetInstance().executeInsertUserLogBatchCallback(batch, kTable.uba);
 }
 
-enum class Answer { kAccept, kRefuse };
-
 // Runs so many ticks; the ones that pushed, counted from 1, each with its batch's size: "1:40 6:3".
-std::string Ticks(BatchCycle& cycle, int count, Answer answer = Answer::kAccept) {
+std::string Ticks(BatchCycle& cycle, int count) {
   std::string pushed;
   for (int tick = 1; tick <= count; ++tick) {
     cycle.PushDbLogs([&](const BatchCycle::Batch& batch) {
       pushed += (pushed.empty() ? "" : " ") + std::to_string(tick) + ":" + std::to_string(batch.size());
-      if (answer == Answer::kAccept) {
-        cycle.DeleteRows(batch);
-      }
-      return answer == Answer::kAccept;
+      cycle.DeleteRows(batch);
+      return true;
     });
   }
   return pushed;
@@ -64,20 +53,6 @@ TEST(BatchCycleTest, HoldsAPartialBatchBackForTheMaximumWait) {
   }
 }
 
-TEST(BatchCycleTest, TriesABatchThatFailedAgainWithTheNextTick) {
-  const Testing::RecordingStorage storage;
-  const Testing::CapturedLog log;
-  BatchCycle cycle({60, 100, 300}, kTable);
-  Store(5);
-  EXPECT_EQ(Ticks(cycle, 3, Answer::kRefuse), "1:5 2:5 3:5");
-  const auto fail = [](const BatchCycle::Batch&) -> bool { throw std::runtime_error("broken"); };
-  EXPECT_THROW(cycle.PushDbLogs(fail), std::runtime_error);
-  EXPECT_TRUE(cycle.IsComplete());
-  EXPECT_EQ(Ticks(cycle, 2), "1:5");
-  EXPECT_TRUE(log.Has({1, 103, "location", "size:5"}));
-  EXPECT_TRUE(storage.Rows(true).empty());
-}
-
 TEST(OperationEnvelopeTest, NeverRepeatsAKeyOrVector) {
   constexpr std::size_t kRequests = 10000;
   std::set<Bytes> drawn;
@@ -87,33 +62,6 @@ TEST(OperationEnvelopeTest, NeverRepeatsAKeyOrVector) {
     drawn.insert({secret->key, secret->iv});
   }
   EXPECT_EQ(drawn.size(), 2 * kRequests);
-}
-
-// One request in nine has a zero byte in its key or vector, where a C string would end.
-TEST(OperationEnvelopeTest, IsReadByTheCollectorEveryTimeAndSaysWhenItDoesNotFit) {
-  const auto key = Collection::RsaKey::Generate();
-  Header header;
-  header.SetRequestId(L"id");
-  header.SetTimestamp(L"1700000000123");
-  std::vector<Bilog::UserLog> records(1);
-  const auto make = [&] {
-    return MakeOperationEnvelope(header, MakeEventPayload(records), key.PublicKeyHex());
-  };
-  for (int i = 0; i < 100; ++i) {
-    const auto request =
-        Collection::CheckOperationBody("id", make().body, Collection::DeflateRule::kAsZlibMakes, key);
-    ASSERT_EQ(request.records.size(), 1u);
-  }
-  const auto statusOf = [&](std::size_t size) {  // of text that compresses to three quarters
-    Bytes bytes(size * 3 / 4);
-    EncryptHelper::GetSecureRandom(bytes.data(), bytes.size());
-    const std::string text = EncryptHelper::Base64Encode(bytes.data(), bytes.size(), true);
-    records[0].set_Action(std::wstring(text.begin(), text.end()));
-    return make().status;
-  };
-  EXPECT_EQ(statusOf(300000), Status::kTooLarge) << "the payload's compression";
-  EXPECT_EQ(statusOf(255000), Status::kTooLarge) << "the request's";
-  EXPECT_EQ(statusOf(200000), Status::kMade);
 }
 
 }  // namespace

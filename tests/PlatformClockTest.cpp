@@ -1,7 +1,6 @@
 // PlatformClockTest.cpp - waking, the system's clock, and the manual clock that other tests rely on.
 #include <gtest/gtest.h>
 
-#include <ctime>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -49,23 +48,6 @@ TEST(ManualClockTest, RunsEveryDeadlineInOrderBeforeAdvanceReturns) {
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(clock.NowMilliseconds(), start + 10000);
   EXPECT_TRUE(clock.WaitFor(1h, stop)) << "a raised signal stays raised";
-}
-
-TEST(SystemClockTest, LocalTimeAndMillisecondsAreTheSameMoment) {
-  const std::int64_t before = SystemClock().NowMilliseconds();
-  const LocalTime local = SystemClock().NowLocal();
-  const std::int64_t after = SystemClock().NowMilliseconds();
-  std::tm broken{};
-  broken.tm_year = local.year - 1900;
-  broken.tm_mon = local.month - 1;
-  broken.tm_mday = local.day;
-  broken.tm_hour = local.hour;
-  broken.tm_min = local.minute;
-  broken.tm_sec = local.second;
-  broken.tm_isdst = -1;
-  const std::int64_t moment = static_cast<std::int64_t>(std::mktime(&broken)) * 1000 + local.millisecond;
-  EXPECT_LE(before, moment);
-  EXPECT_LE(moment, after);
 }
 
 TEST(SystemClockTest, WaitsForDurationsOfAnySize) {

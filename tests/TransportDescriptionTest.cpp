@@ -1,4 +1,4 @@
-// TransportDescriptionTest.cpp - header lines, system names and the brand description.
+// TransportDescriptionTest.cpp - header lines and system names.
 #include <gtest/gtest.h>
 
 #include "client/common/SharedGlobals.h"
@@ -6,7 +6,6 @@
 #include "tests/support/CapturedLog.h"
 #include "tests/support/FakeSystem.h"
 #include "transport/DeviceDescription.h"
-#include "transport/JsonText.h"
 #include "transport/RequestHeaders.h"
 
 namespace Drive::Bilog {
@@ -82,25 +81,6 @@ TEST(OsNameTest, NamesEverySystemThatIsKnown) {
     const auto isServerR2 = [asked = 0, a = first, b = second]() mutable { return asked++ == 0 ? a : b; };
     EXPECT_EQ(OsVersionName({2, 5, 2, 3790, 2, true}, Platform::kArchitectureX86, isServerR2), name);
   }
-}
-
-TEST(BrandTest, IsDescribedInEveryExtension) {
-  g_deviceBrandSync = "sync";
-  g_deviceBrandId = L"dévice";
-  g_diskType = "disk";
-  const std::string text =
-      ";DEVICE_BRAND:sync;APP_BRAND_ID:;ACCOUNT_BRAND_ID:;DEVICE_BRAND_ID:d\xC3\xA9vice;DISK_TYPE:disk"
-      ";COUNTRY_CODE:;USER_GRADE:";
-  EXPECT_EQ(MakeExtendJson(L"a:b"), "a:b" + text);
-  EXPECT_EQ(MakeExtendJson(L""), text);
-  EXPECT_EQ(MakeExtendJson(L"[1]"), "[1]" + text);
-  EXPECT_EQ(MakeExtendJson(L"x;DEVICE_BRAND:y"), "x;DEVICE_BRAND:y");
-  EXPECT_EQ(WriteJson(MakeExtendJson(L"{\"DISK_TYPE\": 1, \"own\": [2]}")),
-            R"({"ACCOUNT_BRAND_ID":"","APP_BRAND_ID":"","COUNTRY_CODE":"","DEVICE_BRAND":"sync",)"
-            R"("DEVICE_BRAND_ID":"d\u00e9vice","DISK_TYPE":"disk","USER_GRADE":"","own":[2]})");
-  g_deviceBrandSync = std::string();
-  g_diskType = std::string();
-  g_deviceBrandId = std::wstring();
 }
 
 }  // namespace

@@ -23,17 +23,6 @@ std::string RandomText(std::size_t size) {
   return text;
 }
 
-TEST(BodyEncodingTest, MakesOneGzipMemberOfAnyLength) {
-  for (const std::string& text : {std::string("x"), std::string(5000, 'x'), RandomText(3000000)}) {
-    std::string body = "old";
-    ASSERT_TRUE(GzipCompress(text, body));
-    EXPECT_TRUE(Collection::InflateGzip(body, kRule) == text);
-  }
-  std::string untouched = "old";
-  EXPECT_FALSE(GzipCompress("", untouched));
-  EXPECT_EQ(untouched, "old");
-}
-
 TEST(BodyEncodingTest, MakesZlibBodiesUpToTheLimitExactly) {
   // Random bytes grow by a header, a few bytes a block and a checksum: find the text that makes 200000.
   std::string text = RandomText(kMaxZlibBytes);

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <future>
 #include <iterator>
 
 #include "client/common/GlobalValue.h"
@@ -148,18 +147,6 @@ TEST_F(UploadTest, GoesThroughTheProxyAndTrustsTheSystemsStoreWhenTold) {
   m_global.SetSystemProxy("localhost:1");  // where nobody listens
   EXPECT_FALSE(PushToBi());
   EXPECT_EQ(m_log.All(), Messages(3, Failed(CURLE_COULDNT_CONNECT)));
-}
-
-TEST_F(UploadTest, AbortsATransferInFlightAndEveryLaterOne) {
-  AddAnswer(200, "", 1min);
-  m_client.AbortAfter(1h);
-  auto pushed = std::async(std::launch::async, [this] { return PushToBi(); });
-  ASSERT_TRUE(m_collector.WaitForAttempts(Collection::Channel::kMaintenance, 1, 20s));
-  m_client.AbortAfter(0ms);
-  m_client.AbortAfter(1h);  // a later time does not put it off
-  EXPECT_FALSE(pushed.get());
-  EXPECT_FALSE(PushToBi());
-  EXPECT_EQ(m_log.All(), Messages(2, Failed(CURLE_ABORTED_BY_CALLBACK))) << "no attempt after an abort";
 }
 
 }  // namespace

@@ -1,4 +1,3 @@
 drivelog_test(client_tests
-              SOURCES ClientEncryptHelperTest.cpp ClientFilesTest.cpp ClientIpcTest.cpp ClientSyncPanelLogTest.cpp
-                      ClientTextTest.cpp
+              SOURCES ClientEncryptHelperTest.cpp ClientFilesTest.cpp ClientIpcTest.cpp ClientTextTest.cpp
               USES drivelog_client drivelog_collector OpenSSL::Crypto)

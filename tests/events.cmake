@@ -1,3 +1,1 @@
-drivelog_test(events_tests
-              SOURCES ModelEventsTest.cpp ModelLogExntendTest.cpp
-              USES drivelog_model drivelog_test_support)
+drivelog_test(events_tests SOURCES ModelLogExntendTest.cpp USES drivelog_model drivelog_test_support)

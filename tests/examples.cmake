@@ -1,6 +1,5 @@
 set(sync_folder ${PROJECT_SOURCE_DIR}/examples/sync_folder)
 drivelog_test(examples_tests
-              SOURCES ExamplesFolderTest.cpp ExamplesDeliveryTest.cpp
+              SOURCES ExamplesFolderTest.cpp
                       ${sync_folder}/FolderWalk.cpp ${sync_folder}/FolderWatch.cpp
-                      ${sync_folder}/DeliveryObserver.cpp
               USES drivelog_operatelog)

@@ -57,12 +57,6 @@ class CapturedLog {
     const auto all = All();
     return std::find(all.begin(), all.end(), expected) != all.end();
   }
-  // Whether any message holds `part`.
-  bool Contains(const std::string& part) const {
-    bool isThere = false;
-    for (const LogMessage& message : All()) isThere |= message.text.find(part) != std::string::npos;
-    return isThere;
-  }
   std::vector<LogMessage> OfLevel(int level) const {
     std::vector<LogMessage> found;
     for (const LogMessage& message : All()) {

@@ -13,7 +13,6 @@ class FakeSystem : public Platform::System {
  public:
   std::optional<Platform::OsVersion> version = Platform::OsVersion{2, 10, 0, 22631, 0, true};
   std::uint32_t architecture = Platform::kArchitectureX64;
-  bool serverR2 = false;
   std::wstring roaming = TemporaryFolder();
   std::wstring local = TemporaryFolder();
   std::wstring programFiles = L"programs";
@@ -22,7 +21,7 @@ class FakeSystem : public Platform::System {
   std::optional<Platform::OsVersion> Version() const override { return version; }
   std::uint32_t NativeArchitecture() const override { return architecture; }
   std::uint32_t ProcessArchitecture() const override { return architecture; }
-  bool IsServerR2() const override { return serverR2; }
+  bool IsServerR2() const override { return false; }
   std::wstring RoamingAppDataFolder() const override { return roaming; }
   std::wstring LocalAppDataFolder() const override { return local; }
   std::wstring ProgramFilesFolder() const override { return programFiles; }

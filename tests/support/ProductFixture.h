@@ -75,15 +75,6 @@ class ProductFixture : public testing::Test {
   std::int64_t Accepted(Channel channel) const { return m_collector.Counts(channel).stored.records; }
   std::int64_t Attempts(Channel channel) const { return m_collector.Counts(channel).attempts; }
 
-  // Has the collector answer the next `count` requests so.
-  void InjectAnswer(int status, int count, const std::string& body = {}) {
-    Collection::Fault fault;
-    fault.status = status;
-    fault.count = count;
-    fault.body = body;
-    m_collector.InjectFault(fault);
-  }
-
   // Messages that begin with `text`.
   std::size_t CountBeginning(const std::string& text) const {
     std::size_t count = 0;
