@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <map>
 
 #include "client/common/EncryptHelper.h"
 #include "client/common/ReadSyncConfigFile.h"
@@ -78,6 +80,25 @@ TEST_F(BiFacadeTest, SettingsReachGlobalsAndStoreWithTheWaitTimesExchanged) {
                                           {2, 162, location, "m_maxPushLogCount = 7"},
                                           {2, 163, location, "g_countryCode = CN"}};
   EXPECT_EQ(m_log.All(), std::vector<Testing::LogMessage>(std::begin(expected), std::end(expected)));
+}
+
+TEST_F(BiFacadeTest, DiskTypeFollowsTheCode) {
+  const std::wstring s;
+  const std::map<std::wstring, std::wstring> map;
+  const std::function<void(int)> forms[] = {[&](int code) { m_logger.OutputBILog(code, s, s, 1.0); },
+                                            [&](int code) { m_logger.OutputBILog(code, s, s, s, s); },
+                                            [&](int code) { m_logger.OutputBILog(code, s, s); },
+                                            [&](int code) { m_logger.OutputBILog(code, s, s, map); },
+                                            [&](int code) { m_logger.OutputBILog(code, map); }};
+  for (const auto& form : forms) {
+    std::string types;
+    for (const int code : {16000, 16001, 16019, 16020, 16021}) {
+      g_diskType = "-";
+      form(code);
+      types += g_diskType.Get();
+    }
+    EXPECT_EQ(types, &form == &forms[0] ? "-0110" : "-0000") << "only the first form knows two codes";
+  }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <thread>
 
 #include "client/common/IPCDriveClient.h"
 #include "operatelog/OperationLoggerManager.h"
@@ -128,6 +129,21 @@ TEST_F(OperationTest, SendsNothingUnderAKeyThatIsNone) {
   }
   EXPECT_EQ(Attempts(Channel::kOperation), 0);
   EXPECT_EQ(Stored(Channel::kOperation), 3u);
+}
+
+TEST_F(OperationTest, SwitchedOffDuringAnUploadTheTablesStayEmpty) {
+  Store(5);
+  StartTimers();
+  Collection::Fault slow;
+  slow.delay = milliseconds(300);
+  slow.count = 0;
+  m_collector.InjectFault(slow);
+  std::thread ticking([this] { Tick(); });
+  ASSERT_TRUE(m_collector.WaitForAttempts(Channel::kOperation, 1, std::chrono::seconds(20)));
+  Bilog::LogSettings::GetInstance().SetOperationLogSwitch(false);
+  OperateLog::OperationLoggerManager::DeleteStoredRecords();
+  ticking.join();
+  EXPECT_EQ(Stored(Channel::kOperation) + Stored(Channel::kUba), 0u);
 }
 
 }  // namespace
