@@ -19,7 +19,6 @@ namespace Drive::Bilog {
 namespace {
 
 constexpr std::chrono::milliseconds kPushPeriod{5000};
-constexpr std::chrono::milliseconds kAbortGrace{1000};
 constexpr int kBiRecord = 1;
 constexpr int kDefaultMaxPushLogCount = 40;
 const wchar_t* const kServiceTag = L"qmvzomaintqrt";
@@ -71,7 +70,7 @@ PartResult BiUploader::PushLogToCloud(const std::vector<UserLog>& records) {
   return accepted ? PartResult::kDelivered : PartResult::kFailed;
 }
 
-void BiUploader::AbortSoon() { m_request.AbortAfter(kAbortGrace); }
+void BiUploader::AbortSoon() { m_request.AbortAfter(PushLogRequest::kStopGrace); }
 
 void BILoggerTimer::Start() {
   const auto uploader = std::make_shared<BiUploader>();

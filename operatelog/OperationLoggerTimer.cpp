@@ -18,7 +18,6 @@ namespace Drive::OperateLog {
 
 namespace {
 
-constexpr std::chrono::milliseconds kAbortGrace{1000};
 const wchar_t* const kServicePath = L"/common/qmvzooperqrt";
 const char* const kTimerHandler = "Drive::OperateLog::OperationLoggerTimer::TimerHandler";
 const char* const kPushDbLogs = "Drive::OperateLog::OperationLoggerTimer::PushDbLogs";
@@ -89,7 +88,7 @@ Bilog::PartResult OperationUploader::PushLogs(const BatchCycle::Batch& batch) {
   return accepted ? Bilog::PartResult::kDelivered : Bilog::PartResult::kFailed;
 }
 
-void OperationUploader::AbortSoon() { m_request.AbortAfter(kAbortGrace); }
+void OperationUploader::AbortSoon() { m_request.AbortAfter(Bilog::PushLogRequest::kStopGrace); }
 
 void OperationLoggerTimer::Start() {
   const BatchSettings settings = BatchSettings::Current();

@@ -17,7 +17,6 @@ namespace Drive::OperateLog {
 
 namespace {
 
-constexpr std::chrono::milliseconds kAbortGrace{1000};
 const wchar_t* const kServicePath = L"/collector/v1/event";
 const char* const kStart = "Drive::OperateLog::UbaLoggerTimer::Start";
 const char* const kTimerHandler = "Drive::OperateLog::UbaLoggerTimer::TimerHandler";
@@ -72,7 +71,7 @@ bool UbaUploader::PushLogs(const BatchCycle::Batch& batch) {
   return m_request.PushLogToUbaServer(body, kServicePath, requestId);
 }
 
-void UbaUploader::AbortSoon() { m_request.AbortAfter(kAbortGrace); }
+void UbaUploader::AbortSoon() { m_request.AbortAfter(Bilog::PushLogRequest::kStopGrace); }
 
 void UbaLoggerTimer::Start() {
   const BatchSettings settings = BatchSettings::Current();

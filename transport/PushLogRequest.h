@@ -22,6 +22,9 @@ class DnsShare;
 // Exceptions: none but std::bad_alloc; a failure is reported through CommLog and returned as false.
 class PushLogRequest {
  public:
+  // What a stop leaves a transfer in flight, for AbortAfter.
+  static constexpr std::chrono::milliseconds kStopGrace{1000};
+
   // Initialises libcurl and, before it, the crypto library; once in the process, never undone.
   PushLogRequest();
   ~PushLogRequest();
