@@ -1,4 +1,3 @@
 drivelog_test(logdb_tests
               SOURCES LogDbFaultsTest.cpp LogDbFileTest.cpp LogDbRecordsTest.cpp LogDbThreadsTest.cpp
-                      support/FaultyVfs.cpp
               USES drivelog_logdb drivelog_test_support)

@@ -45,6 +45,9 @@ std::size_t KeepResponse(char* data, std::size_t size, std::size_t count, void* 
   auto& response = *static_cast<ResponseText*>(userData);
   const std::size_t bytes = size * count;
   response.received += bytes;
+  if (response.received > ResponseText::kMaxBytes) {
+    return 0;
+  }
   try {
     response.kept.append(data,
                          std::min<std::size_t>(bytes, ResponseText::kMaxKeptBytes - response.kept.size()));
@@ -152,16 +155,13 @@ CURLcode HttpTransfer::Run(const std::function<bool()>& mustAbort) {
     if (mustAbort()) {
       return CURLE_ABORTED_BY_CALLBACK;
     }
-    if (m_response.received > kMaxResponseBytes) {
-      return CURLE_FILESIZE_EXCEEDED;
-    }
     int running = 0;
     if (curl_multi_perform(m_multi.get(), &running) != CURLM_OK) {
       return CURLE_FAILED_INIT;
     }
     int waiting = 0;
     if (const CURLMsg* const message = curl_multi_info_read(m_multi.get(), &waiting)) {
-      return message->data.result;
+      return m_response.received > ResponseText::kMaxBytes ? CURLE_FILESIZE_EXCEEDED : message->data.result;
     }
     if (curl_multi_poll(m_multi.get(), nullptr, 0, kPollMilliseconds, nullptr) != CURLM_OK) {
       return CURLE_FAILED_INIT;

@@ -14,13 +14,14 @@ namespace Drive::Bilog {
 // The body of a response, of which only the beginning is kept.
 struct ResponseText {
   static constexpr std::size_t kMaxKeptBytes = 64 * 1024;
+  static constexpr std::size_t kMaxBytes = 16 * 1024 * 1024;
 
   std::string kept;
   std::size_t received = 0;  // bytes in all
 };
 
-// libcurl's write callback; `userData` is a ResponseText. Everything is taken, what is beyond the limit is
-// dropped. Without user data nothing is taken, which fails the transfer.
+// libcurl's write callback; `userData` is a ResponseText. What is beyond kMaxKeptBytes is taken and dropped.
+// Beyond kMaxBytes, and without user data, nothing is taken, which fails the transfer.
 std::size_t KeepResponse(char* data, std::size_t size, std::size_t count, void* userData) noexcept;
 
 // A cache of looked-up names, for the transfers of one thread: it needs no lock.
@@ -42,13 +43,12 @@ class DnsShare {
 // One POST request and what it holds of libcurl.
 //
 // An attempt ends by itself at the latest: besides the client's limits for connecting and for slow transfers,
-// it takes kMaxSeconds, and receives kMaxResponseBytes, at most.
+// it takes kMaxSeconds at most, and a response is cut off at ResponseText::kMaxBytes (CURLE_FILESIZE_EXCEEDED).
 //
 // Thread-safety: one object belongs to one thread. Lifetime: `body` must outlive the object.
 class HttpTransfer {
  public:
   static constexpr long kMaxSeconds = 300;
-  static constexpr std::size_t kMaxResponseBytes = 16 * 1024 * 1024;
 
   // Null when no certificate file is set (which is reported), or libcurl has no handle to give.
   static std::unique_ptr<HttpTransfer> InitCurl(const std::string& body, const std::string& url,
