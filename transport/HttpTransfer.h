@@ -43,7 +43,8 @@ class DnsShare {
 // One POST request and what it holds of libcurl.
 //
 // An attempt ends by itself at the latest: besides the client's limits for connecting and for slow transfers,
-// it takes kMaxSeconds at most, and a response is cut off at ResponseText::kMaxBytes (CURLE_FILESIZE_EXCEEDED).
+// it takes kMaxSeconds at most, and a response is cut off at ResponseText::kMaxBytes
+// (CURLE_FILESIZE_EXCEEDED).
 //
 // Thread-safety: one object belongs to one thread. Lifetime: `body` must outlive the object.
 class HttpTransfer {

@@ -80,4 +80,16 @@ bool WaitUntilDelivered(Product& product, const EventRecorder& recorder, const D
   return false;
 }
 
+bool WaitUntilBiIsStored(const EventRecorder& recorder, const DeliveryObserver& observer,
+                         std::chrono::seconds deadline) {
+  const auto end = SteadyClock::now() + deadline;
+  while (observer.Stored().maintenance < recorder.Recorded().maintenance) {
+    if (SteadyClock::now() >= end) {
+      return false;
+    }
+    std::this_thread::sleep_for(kLookAgain);
+  }
+  return true;
+}
+
 }  // namespace SyncFolder

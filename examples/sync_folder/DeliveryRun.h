@@ -29,4 +29,9 @@ bool WaitUntilDelivered(Product& product, const EventRecorder& recorder, const D
                         ProgressLine& progress, std::chrono::seconds deadline,
                         const std::function<bool()>& interrupted);
 
+// Waits until the worker has stored every BI record, or `deadline` has passed. Those that are queued at the
+// end of the process are lost, unlike operation records.
+bool WaitUntilBiIsStored(const EventRecorder& recorder, const DeliveryObserver& observer,
+                         std::chrono::seconds deadline);
+
 }  // namespace SyncFolder

@@ -27,6 +27,8 @@ namespace fs = std::filesystem;
 constexpr int kDelivered = 0;
 constexpr int kNotDelivered = 1;
 constexpr int kUsage = 2;
+// The worker stores within a moment; a slow machine may take longer.
+constexpr std::chrono::seconds kStoreDeadline{15};
 
 // A bound for trees without end, such as a mounted archive.
 constexpr std::size_t kMaxFound = 1000000;
@@ -113,10 +115,13 @@ int Run(const Options& options) {
   const int seen = options.watch ? g_interruptions : 0;
   const bool delivered = WaitUntilDelivered(product, recorder, observer, progress, options.deadline,
                                             [seen] { return g_interruptions > seen; });
-  product.Stop();
   if (!delivered) {
-    std::fprintf(stderr, "not everything was delivered; what is stored waits for the next run\n");
+    const bool stored = WaitUntilBiIsStored(recorder, observer, kStoreDeadline);
+    std::fprintf(stderr, "not everything was delivered; %s\n",
+                 stored ? "it is stored and waits for the next run"
+                        : "what is stored waits for the next run, and BI records were lost");
   }
+  product.Stop();
   constexpr std::size_t kAll = 1000000000;
   PrintResult(recorder.Recorded(), observer.Delivered(), observer.Left(kAll));
   return delivered ? kDelivered : kNotDelivered;

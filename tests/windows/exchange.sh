@@ -27,8 +27,7 @@ on_linux() {
 mkdir "$work/folder"
 touch "$work/folder"/{report.docx,naïve.txt,図.png}
 record() { # CLIENT READY_FILE
-  "$1" --collector-ready "$2" --deadline "${3:-1}" 2>>"$work/client.log" | tr -d '\r' |
-    tee -a "$work/output"
+  "$1" --collector-ready "$2" --deadline "${3:-1}" 2>&1 | tr -d '\r' | tee -a "$work/output"
 }
 record on_windows "$work/away.json" || true
 record on_linux "$work/away.json" || true
