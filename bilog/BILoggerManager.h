@@ -4,6 +4,8 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "drivelog/UserLog.h"
 
@@ -11,6 +13,7 @@ namespace Drive::Bilog {
 
 // The queue between the host's threads and the database, and its worker.
 //
+// Only what belongs to the moment is taken down on the host's thread; the record is made where it is stored.
 // The worker drains the queue in batches of 1000, then sleeps 60 s; a new record does not wake it. A producer
 // that finds more than 5000 records waiting stores the oldest 1000 itself.
 // Thread-safety: every operation may be called from any thread.
@@ -39,15 +42,19 @@ class BILoggerManager {
   void AddEvent(int code, const ExtendMap& extend);
 
  private:
+  struct Event;
   struct State;
   static void Work(const std::shared_ptr<State>& state);
   static void Drain(State& state);
+  // The oldest events, as the records that they become.
+  static std::vector<UserLog> PopBatch(State& state);
+  static UserLog MakeRecord(const State& state, const Event& event, std::string_view packed);
+  static void Append(State& state, Event event, const std::string& texts);
 
-  void Append(UserLog record);
+  void AddText(int code, const std::wstring& resultCode, const std::wstring& info, const std::wstring& extend,
+               double useTime);
 
   const std::shared_ptr<State> m_state;  // the queue; shared with the workers
-  const std::wstring m_systemName;       // of the operating system; the same for every record of the process
-  const std::wstring m_systemModel;
 };
 
 }  // namespace Drive::Bilog

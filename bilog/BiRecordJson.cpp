@@ -13,6 +13,8 @@ namespace Drive::Bilog {
 
 namespace {
 
+using Key = Json::StaticString;  // is not copied into each object
+
 const Json::Value* Find(const Json::Value& object, const std::string& key) {
   return object.find(key.data(), key.data() + key.size());
 }
@@ -32,17 +34,17 @@ void SetInfo(const std::string& info, Json::Value& object) {
   const auto parsed = ParseJsonObject(info);
   const Json::Value* result = parsed ? Find(*parsed, "ResultInfo") : nullptr;
   if (result == nullptr || !result->isObject()) {
-    object["Info"] = info;
+    object[Key("Info")] = info;
     return;
   }
   if (const Json::Value* fileId = Find(*result, "file_id"); fileId != nullptr && fileId->isString()) {
-    object["file_id"] = fileId->asString();
+    object[Key("file_id")] = fileId->asString();
   }
   if (const Json::Value* fileSize = FindNumber(*result, "file_size")) {
-    object["file_size"] = ToInt64(*fileSize);
+    object[Key("file_size")] = ToInt64(*fileSize);
   }
   if (const Json::Value* thumbnail = FindNumber(*result, "thumbnail_type")) {
-    object["thumbnail_type"] = Clamped<Json::Int>(thumbnail->asDouble());
+    object[Key("thumbnail_type")] = Clamped<Json::Int>(thumbnail->asDouble());
   }
 }
 
@@ -53,27 +55,27 @@ Json::Value MakeCommonRecordJson(const UserLog& record) {
     return TypeConvert::UnicodeToUTF8(record.*field);
   };
   Json::Value object(Json::objectValue);
-  object["Time"] = text(UserLogFields::kTime);
-  object["Action"] = text(UserLogFields::kAction);
-  object["UserId"] = text(UserLogFields::kUserId);
-  object["Code"] = text(UserLogFields::kCode);
-  object["Extend"] = MakeExtendJson(record.*UserLogFields::kExtend);
-  object["TraceId"] = text(UserLogFields::kTraceId);
-  object["UseTime"] = FiniteOr0(record.get_UseTime());
-  object["StartTime"] = FiniteOr0(record.get_StartTime());
-  object["Model"] = text(UserLogFields::kModel);
-  object["Romversion"] = text(UserLogFields::kRomversion);
-  object["Appversion"] = text(UserLogFields::kAppversion);
-  object["Reqsize"] = text(UserLogFields::kReqsize);
-  object["Rspsize"] = text(UserLogFields::kRspsize);
-  object["Logversion"] = record.get_Logversion();
-  object["TraceEndFlag"] = record.get_TraceEndFlag();
+  object[Key("Time")] = text(UserLogFields::kTime);
+  object[Key("Action")] = text(UserLogFields::kAction);
+  object[Key("UserId")] = text(UserLogFields::kUserId);
+  object[Key("Code")] = text(UserLogFields::kCode);
+  object[Key("Extend")] = MakeExtendJson(record.*UserLogFields::kExtend);
+  object[Key("TraceId")] = text(UserLogFields::kTraceId);
+  object[Key("UseTime")] = FiniteOr0(record.get_UseTime());
+  object[Key("StartTime")] = FiniteOr0(record.get_StartTime());
+  object[Key("Model")] = text(UserLogFields::kModel);
+  object[Key("Romversion")] = text(UserLogFields::kRomversion);
+  object[Key("Appversion")] = text(UserLogFields::kAppversion);
+  object[Key("Reqsize")] = text(UserLogFields::kReqsize);
+  object[Key("Rspsize")] = text(UserLogFields::kRspsize);
+  object[Key("Logversion")] = record.get_Logversion();
+  object[Key("TraceEndFlag")] = record.get_TraceEndFlag();
   return object;
 }
 
 Json::Value MakeBiRecordJson(const UserLog& record) {
   Json::Value object = MakeCommonRecordJson(record);
-  object["DevId"] = TypeConvert::UnicodeToUTF8(record.*UserLogFields::kDevId);
+  object[Key("DevId")] = TypeConvert::UnicodeToUTF8(record.*UserLogFields::kDevId);
   SetInfo(TypeConvert::UnicodeToUTF8(record.*UserLogFields::kInfo), object);
   return object;
 }

@@ -4,6 +4,7 @@
 #include <mutex>
 #include <utility>
 
+#include "client/common/SharedValue.h"
 #include "platform/EndingLock.h"
 
 namespace Drive::Bilog {
@@ -22,8 +23,9 @@ T LogSettings::Read(T Values::*field) const {
 template <typename T>
 void LogSettings::Write(T Values::*field, T value) {
   const auto lock = Platform::LockUnlessEnding(m_mutex);
-  // Swapped, so that the old text is freed after the unlocking.
-  if (lock.owns_lock()) std::swap(m_values.*field, value);
+  if (!lock.owns_lock() || m_values.*field == value) return;
+  std::swap(m_values.*field, value);  // so that the old text is freed after the unlocking
+  CountSharedValueChange();
 }
 
 std::wstring LogSettings::GetUserId() const { return Read(&Values::userId); }
@@ -63,6 +65,7 @@ void LogSettings::Reset() {
   Values defaults;
   const std::lock_guard<std::shared_mutex> lock(m_mutex);
   std::swap(m_values, defaults);
+  CountSharedValueChange();
 }
 
 }  // namespace Drive::Bilog

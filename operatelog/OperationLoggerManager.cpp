@@ -7,8 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "bilog/RecordQueue.h"
-#include "client/common/SharedGlobals.h"
+#include "bilog/EventMoment.h"
+#include "bilog/EventQueue.h"
+#include "bilog/PackedTexts.h"
 #include "client/log/TypeConvert.h"
 #include "commlog/Guarded.h"
 #include "commlog/LogLevel.h"
@@ -34,25 +35,27 @@ void Print(int level, int line, const std::string& text) {
   CommLog::GetInstance().PrintLog(level, line, kSave, text);
 }
 
-std::wstring MakeExtend(const OperationLogger::Fields& fields) {
-  if (fields.empty()) {
-    return L"{}";  // what the writer makes of it, at a fraction of the time
-  }
-  return TypeConvert::StringToWString(Bilog::WriteJson(Bilog::MakeJsonObject(fields)));
-}
-
 }  // namespace
 
-struct OperationLoggerManager::State {
-  Bilog::RecordQueue queue;
-  std::atomic<bool> isLogin{false};
+// What is taken down of one event on the host's thread, with the keys and values of its fields; the rest of
+// the work is the timer's.
+struct OperationLoggerManager::Event {
+  Bilog::EventMoment moment;
+  OperationBasicEventType event{};
+  OperationType type{};
+  OperationActionType action{};
 };
 
-OperationLoggerManager::OperationLoggerManager()
-    : m_state(std::make_shared<State>()),
-      m_systemName(Bilog::GetOsVersionName()),
-      m_systemModel(Bilog::GetSystemModel()),
-      m_resultCode(Bilog::MakeResultCode(L"0")) {}
+struct OperationLoggerManager::State {
+  Bilog::EventQueue<Event> queue;
+  std::atomic<bool> isLogin{false};
+  // The same for every record of the process.
+  const std::wstring systemName = Bilog::GetOsVersionName();
+  const std::wstring systemModel = Bilog::GetSystemModel();
+  const std::wstring resultCode = Bilog::MakeResultCode(L"0");
+};
+
+OperationLoggerManager::OperationLoggerManager() : m_state(std::make_shared<State>()) {}
 
 OperationLoggerManager::~OperationLoggerManager() { SaveAllAndStop(); }
 
@@ -65,25 +68,27 @@ void OperationLoggerManager::SaveAllAndStop() {
 
 void OperationLoggerManager::AddEvent(OperationBasicEventType event, OperationType type,
                                       OperationActionType action, const OperationLogger::Fields& fields) {
-  const std::wstring_view name = EventName(event);
-  if (name.empty()) {
+  if (EventName(event).empty()) {
     return;  // an unknown event is dropped on purpose
   }
+  m_state->queue.Push({Bilog::EventMoment::Now(), event, type, action}, Bilog::PackTexts({}, fields));
+}
+
+Bilog::UserLog OperationLoggerManager::MakeRecord(const State& state, const Event& event,
+                                                  std::string_view fields) {
   Bilog::UserLog record;
-  record.set_Time(Bilog::MakeRecordTime());
-  record.set_Action(std::wstring(name));
-  record.set_Actiontype(std::wstring(ActionKind(action)));
-  record.set_Appversion(g_pcVersion);
-  record.set_Code(m_resultCode);
+  event.moment.Describe(record);
+  record.set_Action(std::wstring(EventName(event.event)));
+  record.set_Actiontype(std::wstring(ActionKind(event.action)));
+  record.set_Code(state.resultCode);
   record.set_CurModule(L"TalvikDrive");
-  record.set_Extend(MakeExtend(fields));
-  record.set_Model(m_systemModel);
-  record.set_OprType(std::to_wstring(static_cast<int>(type)));
-  record.set_Romversion(m_systemName);
-  record.set_TraceId(Bilog::MakeRandomLogId(static_cast<int>(event)));
-  record.set_UserId(Bilog::LogSettings::GetInstance().GetUserId());
-  record.set_DevId(g_deviceId);
-  m_state->queue.Push(std::move(record));
+  record.set_Extend(
+      TypeConvert::StringToWString(Bilog::WriteJson(Bilog::MapOf(Bilog::UnpackTexts(fields), 0))));
+  record.set_Model(state.systemModel);
+  record.set_OprType(std::to_wstring(static_cast<int>(event.type)));
+  record.set_Romversion(state.systemName);
+  record.set_TraceId(event.moment.LogId(static_cast<int>(event.event)));
+  return record;
 }
 
 void OperationLoggerManager::Start() {
@@ -102,12 +107,18 @@ void OperationLoggerManager::DeleteStoredRecords() {
 
 void OperationLoggerManager::SaveUserlogToDb(State& state, std::size_t limit) {
   const Bilog::LogSettings& settings = Bilog::LogSettings::GetInstance();
-  std::vector<Bilog::UserLog> batch = state.queue.Pop(limit);
+  const auto blocks = state.queue.Pop(limit);
   if (!settings.GetOperationLogSwitch()) {
     Print(LogLevel::kDebug, __LINE__, "g_operationLogSwitchState = 0");
   }
-  if (batch.empty() || !settings.GetOperationLogSwitch()) {
+  if (blocks.empty() || !settings.GetOperationLogSwitch()) {
     return;
+  }
+  std::vector<Bilog::UserLog> batch;
+  for (const auto& block : blocks) {
+    block.ForEach([&](const Event& event, std::string_view fields) {
+      batch.push_back(MakeRecord(state, event, fields));
+    });
   }
   Bilog::BiDataBase& database = Bilog::BiDataBase::GetInstance();
   database.executeInsertUserLogBatchCallback(batch, false);

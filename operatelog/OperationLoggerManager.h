@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "bilog/SeparateThreadTimer.h"
 #include "drivelog/OperationLogger.h"
@@ -28,7 +29,7 @@ class OperationLoggerManager {
   OperationLoggerManager(const OperationLoggerManager&) = delete;
   OperationLoggerManager& operator=(const OperationLoggerManager&) = delete;
 
-  // Builds the record of an event on the caller's thread and queues it.
+  // Takes an event down on the caller's thread and queues it; its record is made when it is saved.
   void AddEvent(OperationBasicEventType event, OperationType type, OperationActionType action,
                 const OperationLogger::Fields& fields);
 
@@ -46,14 +47,12 @@ class OperationLoggerManager {
   static void DeleteStoredRecords();
 
  private:
+  struct Event;
   struct State;
+  static Bilog::UserLog MakeRecord(const State& state, const Event& event, std::string_view fields);
   static void SaveUserlogToDb(State& state, std::size_t limit);
 
   const std::shared_ptr<State> m_state;  // the queue; shared with the timer's thread
-  // The same for every record of the process.
-  const std::wstring m_systemName;  // of the operating system
-  const std::wstring m_systemModel;
-  const std::wstring m_resultCode;
   Bilog::SeparateThreadTimer m_saveTimer;
 };
 

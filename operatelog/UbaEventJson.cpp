@@ -17,6 +17,8 @@ namespace Drive::OperateLog {
 
 namespace {
 
+using Key = Json::StaticString;  // is not copied into each object
+
 constexpr int kSequenceModulus = 999999;
 constexpr std::size_t kLongRecordBytes = 2048;
 
@@ -32,16 +34,16 @@ Json::Value MakeUbaRecordJson(const Bilog::UserLog& record) {
   using Fields = Bilog::UserLogFields;
   const auto text = [&record](Fields::Text field) { return TypeConvert::UnicodeToUTF8(record.*field); };
   Json::Value object = Bilog::MakeCommonRecordJson(record);
-  object["Id"] = record.get_Id();
-  object["DevId"] = HashedDeviceId(record.*Fields::kDevId);
-  object["Info"] = text(Fields::kInfo);
-  object["CurModule"] = text(Fields::kCurModule);
-  object["Actiontype"] = text(Fields::kActiontype);
-  object["NextModule"] = text(Fields::kNextModule);
-  object["CountryCode"] = g_countryCode.Get();
-  object["ResidenceTime"] = static_cast<Json::Int>(record.get_ResidenceTime());
-  object["OprType"] = text(Fields::kOprType);
-  object["IsMaintenanceLog"] = record.get_IsMaintenanceLog();
+  object[Key("Id")] = record.get_Id();
+  object[Key("DevId")] = HashedDeviceId(record.*Fields::kDevId);
+  object[Key("Info")] = text(Fields::kInfo);
+  object[Key("CurModule")] = text(Fields::kCurModule);
+  object[Key("Actiontype")] = text(Fields::kActiontype);
+  object[Key("NextModule")] = text(Fields::kNextModule);
+  object[Key("CountryCode")] = g_countryCode.Get();
+  object[Key("ResidenceTime")] = static_cast<Json::Int>(record.get_ResidenceTime());
+  object[Key("OprType")] = text(Fields::kOprType);
+  object[Key("IsMaintenanceLog")] = record.get_IsMaintenanceLog();
   return object;
 }
 
@@ -57,11 +59,11 @@ Json::Value MakeEventsJsonObject(const std::vector<Bilog::UserLog>& records, int
                                           "requestBody length is :" + std::to_string(length));
     }
     Json::Value& event = events.append(Json::Value(Json::objectValue));
-    event["e"] = "PCE";
-    event["t"] = Bilog::Clamped<Json::Int64>(record.get_StartTime());
-    event["q"] = sequence;
-    event["v"] = 1;
-    event["x"] = std::move(recordJson);
+    event[Key("e")] = "PCE";
+    event[Key("t")] = Bilog::Clamped<Json::Int64>(Bilog::FiniteOr0(record.get_StartTime()));
+    event[Key("q")] = sequence;
+    event[Key("v")] = 1;
+    event[Key("x")] = std::move(recordJson);
     sequence = (sequence + 1) % kSequenceModulus;
   }
   return events;

@@ -3,6 +3,7 @@
 
 #include "bilog/BILoggerManager.h"
 #include "client/common/SharedGlobals.h"
+#include "client/log/LoggerUtility.h"
 #include "model/LogSettings.h"
 #include "tests/support/ManualClock.h"
 #include "tests/support/RecordingStorage.h"
@@ -101,6 +102,48 @@ TEST_F(BiQueueTest, EachFormFillsItsFields) {
   EXPECT_EQ(rows[0].get_TraceId(), L"t");
   EXPECT_EQ(rows[1].get_TraceId().substr(0, 19), L"7_11_1709622489045_");
   EXPECT_NE(rows[4].get_Extend().find(L"\"k\":\"v\\\"1\""), std::wstring::npos);
+}
+
+TEST_F(BiQueueTest, RecordsSayWhatWasSoWhenTheEventHappened) {
+  const std::wstring info = std::wstring(L"\0\"", 2) + L"\u00e4 \U0001F600" + std::wstring(300, L'x');
+  const auto setAll = [](const std::string& value) {
+    const std::wstring wide(value.begin(), value.end());
+    LogSettings::GetInstance().SetUserId(wide + L"-user");
+    g_deviceId = wide + L"-device";
+    g_pcVersion = wide + L"-version";
+    g_diskType = value + "-disk";
+    LoggerUtility::SetUplogTypes({{7, value + "-name"}});
+  };
+  // To and fro, with values that other events had before, beyond the end of a block.
+  const char* const kValues[] = {"a", "b", "a", "c", "c"};
+  for (int i = 0; i < 250; ++i) {
+    setAll(kValues[i % 5]);
+    m_manager.AddEvent(7, L"", info, {{L"a\u00e4", info}, {L"DISK_TYPE", L"of the caller"}});
+    m_manager.AddEvent(7, info, L"text");
+  }
+  setAll("late");
+  m_clock.Advance(milliseconds(1000));
+  StartWorker();
+  const auto rows = m_storage.Rows(false);
+  ASSERT_EQ(rows.size(), 500u);
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const std::string value = kValues[i / 2 % 5];
+    const std::wstring wide(value.begin(), value.end());
+    const std::wstring extend = rows[i].get_Extend();
+    EXPECT_EQ(rows[i].get_Action() + L"|" + rows[i].get_UserId() + L"|" + rows[i].get_DevId() + L"|" +
+                  rows[i].get_Appversion() + L"|" + rows[i].get_Time(),
+              wide + L"-name|" + wide + L"-user|" + wide + L"-device|" + wide +
+                  L"-version|2024-03-05 07:08:09.045");
+    EXPECT_EQ(rows[i].get_Info(), info);
+    EXPECT_EQ(rows[i].get_StartTime(), 1709622489045.0);
+    const std::wstring disk =
+        i % 2 == 0 ? L"\"DISK_TYPE\":\"" + wide + L"-disk\"" : L";DISK_TYPE:" + wide + L"-disk;";
+    EXPECT_NE(extend.find(disk), std::wstring::npos) << i;
+    EXPECT_EQ(extend.find(L"\"a\\u00e4\":\"\\u0000\\\"\\u00e4 \\ud83d\\ude00xxx") != std::wstring::npos,
+              i % 2 == 0);
+  }
+  LoggerUtility::SetUplogTypes({});
+  g_diskType = "";
 }
 
 }  // namespace

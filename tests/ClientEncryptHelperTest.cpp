@@ -67,6 +67,25 @@ TEST(EncryptHelperTest, Aes128Cbc) {
   }
 }
 
+TEST(EncryptHelperTest, RsaEnciphersForTheKeyThatIsGiven) {
+  std::string cipher;
+  EXPECT_FALSE(EncryptHelper::RAS_Encrypt("text", "", cipher)) << "before any key";
+  const Collection::RsaKey keys[] = {Collection::RsaKey::Generate(), Collection::RsaKey::Generate()};
+  for (const int turn : {0, 1, 1, 0}) {
+    const Bytes der = FromHex(keys[turn].PublicKeyHex());
+    ASSERT_TRUE(EncryptHelper::RAS_Encrypt("text",
+                                           "-----BEGIN RSA PUBLIC KEY-----\n" +
+                                               EncryptHelper::Base64Encode(der.data(), der.size(), false) +
+                                               "-----END RSA PUBLIC KEY-----\n",
+                                           cipher));
+    Bytes bytes(cipher.size());
+    const int size = EVP_DecodeBlock(bytes.data(), reinterpret_cast<const unsigned char*>(cipher.data()),
+                                     static_cast<int>(cipher.size()));
+    ASSERT_EQ(size, 258) << "256 bytes and padding";
+    EXPECT_EQ(keys[turn].Decipher({bytes.begin(), bytes.begin() + 256}), "text");
+  }
+}
+
 TEST(EncryptHelperTest, RsaTakesTextsThatFitAndLeavesTheHostsErrorsAlone) {
   const auto key = Collection::RsaKey::Generate();
   const Bytes der = FromHex(key.PublicKeyHex());

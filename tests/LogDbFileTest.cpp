@@ -99,6 +99,21 @@ TEST(BiDataBaseTest, AFunctionMayKeepACountThrowAndReplaceItself) {
   EXPECT_EQ("broken", log.All()[0].text);
 }
 
+TEST_F(LogDbFileTest, LookingForRowsAgainWritesNothing) {
+  // The name's characters have a meaning in a URI.
+  g_logDbFullPathWithName = (m_folder.Path() / "db" / "50%20#a").u8string();
+  Database().InitDataBase(L"50%20#a");
+  EXPECT_TRUE(Database().GetUserLogList(1, 0, false).empty());
+  const std::filesystem::path index = g_logDbFullPathWithName.Get() + "-shm";
+  const std::filesystem::file_time_type longAgo{};
+  std::filesystem::last_write_time(index, longAgo);
+  EXPECT_TRUE(Database().GetUserLogList(1, 0, false).empty());
+  EXPECT_EQ(longAgo, std::filesystem::last_write_time(index));
+  OtherConnection writer(g_logDbFullPathWithName);  // its rows are in the log until it closes
+  writer.Run("INSERT INTO T_UserLog(Action, IsMaintenanceLog) VALUES('a', 0)");
+  EXPECT_EQ(1U, Database().GetUserLogList(1, 0, false).size());
+}
+
 TEST(SqlLiteEntityTest, FindsValuesWhateverTheCaseOfTheirNames) {
   const OtherConnection connection(":memory:");
   sqlite3_stmt* row = nullptr;

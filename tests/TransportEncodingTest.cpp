@@ -77,6 +77,8 @@ TEST(JsonTextTest, TakesObjectsOnly) {
       {R"({"a":"\ud83d\ude00 \udc00"})", R"({"a":"\ud83d\ude00 \ufffd"})"},
       {"{\"a\":\"\xFF\"}", R"({"a":"\ufffd"})"},
       {R"({"a":9223372036854775807})", R"({"a":9223372036854775807})"},
+      {R"({"a\u0000":["\u0000\n",[],{},true,-2.5,0.1,18446744073709551615]})",
+       R"({"a\u0000":["\u0000\n",[],{},true,-2.5,0.10000000000000001,18446744073709551615]})"},
       {longText, longText},
   };
   for (const auto& [text, written] : accepted) {

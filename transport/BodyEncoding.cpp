@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "client/log/TypeConvert.h"
 #include "platform/Clock.h"
@@ -91,14 +92,14 @@ std::vector<unsigned char> ZlibCompress(const std::string& text) {
 }
 
 std::vector<unsigned char> MakeBiEnvelope(const std::wstring& requestId, const std::wstring& serviceId,
-                                          const Json::Value& events) {
+                                          Json::Value events) {
   Json::Value root(Json::objectValue);
   Json::Value& header = root["header"];
   header["Request-Id"] = TypeConvert::UnicodeToUTF8(requestId);
   header["App-Id"] = "com.talvik.cloud.pc";
   header["serviceid"] = TypeConvert::UnicodeToUTF8(serviceId);
   header["timestamp"] = static_cast<Json::Int64>(Platform::CurrentClock().NowMilliseconds());
-  root["event"] = events;
+  root["event"] = std::move(events);
   return ZlibCompress(WriteJson(root));
 }
 

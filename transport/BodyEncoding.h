@@ -19,6 +19,6 @@ std::vector<unsigned char> ZlibCompress(const std::string& text);
 
 // The body of a BI request: {"header": {...}, "event": events}, in zlib format; empty as for ZlibCompress.
 std::vector<unsigned char> MakeBiEnvelope(const std::wstring& requestId, const std::wstring& serviceId,
-                                          const Json::Value& events);
+                                          Json::Value events);
 
 }  // namespace Drive::Bilog

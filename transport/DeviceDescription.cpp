@@ -1,9 +1,6 @@
 // DeviceDescription.cpp - what records and headers say about system, device and brand.
 #include "transport/DeviceDescription.h"
 
-#include <array>
-#include <utility>
-
 #include "client/common/SharedGlobals.h"
 #include "client/log/TypeConvert.h"
 #include "transport/JsonText.h"
@@ -73,17 +70,6 @@ const wchar_t* NameOf(const Platform::OsVersion& version, std::uint32_t processA
   return nullptr;
 }
 
-// Keys and values in the order in which they are described.
-std::array<std::pair<const char*, std::string>, 7> BrandDescription() {
-  return {{{"DEVICE_BRAND", g_deviceBrandSync},
-           {"APP_BRAND_ID", g_appBrandId},
-           {"ACCOUNT_BRAND_ID", g_accountBrandId},
-           {"DEVICE_BRAND_ID", TypeConvert::UnicodeToUTF8(g_deviceBrandId)},
-           {"DISK_TYPE", g_diskType},
-           {"COUNTRY_CODE", g_countryCode},
-           {"USER_GRADE", g_userGrade}}};
-}
-
 }  // namespace
 
 std::wstring OsVersionName(const Platform::OsVersion& version, std::uint32_t processArchitecture,
@@ -112,26 +98,36 @@ std::wstring GetSystemModel() {
   return is64Bit ? L"Win64" : L"Win32";
 }
 
-std::string WithBrandText(std::string text) {
-  for (const auto& [key, value] : BrandDescription()) {
+Brand CurrentBrand() {
+  return {{{"DEVICE_BRAND", g_deviceBrandSync},
+           {"APP_BRAND_ID", g_appBrandId},
+           {"ACCOUNT_BRAND_ID", g_accountBrandId},
+           {"DEVICE_BRAND_ID", TypeConvert::UnicodeToUTF8(g_deviceBrandId)},
+           {"DISK_TYPE", g_diskType},
+           {"COUNTRY_CODE", g_countryCode},
+           {"USER_GRADE", g_userGrade}}};
+}
+
+std::string WithBrandText(std::string text, const Brand& brand) {
+  for (const auto& [key, value] : brand) {
     text.append(";").append(key).append(":").append(value);
   }
   return text;
 }
 
-void SetBrandMembers(Json::Value& object) {
-  for (const auto& [key, value] : BrandDescription()) {
-    object[key] = value;
+void SetBrandMembers(Json::Value& object, const Brand& brand) {
+  for (const auto& [key, value] : brand) {
+    object[Json::StaticString(key)] = value;
   }
 }
 
 Json::Value MakeExtendJson(const std::wstring& extend) {
   const std::string text = TypeConvert::UnicodeToUTF8(extend);
   if (auto object = ParseJsonObject(text)) {
-    SetBrandMembers(*object);
+    SetBrandMembers(*object, CurrentBrand());
     return *std::move(object);
   }
-  return text.find("DEVICE_BRAND") == std::string::npos ? WithBrandText(text) : text;
+  return text.find("DEVICE_BRAND") == std::string::npos ? WithBrandText(text, CurrentBrand()) : text;
 }
 
 }  // namespace Drive::Bilog

@@ -1,6 +1,7 @@
 // Identifiers.cpp - identifiers of requests and records, time stamps and result codes.
 #include "transport/Identifiers.h"
 
+#include <atomic>
 #include <exception>
 #include <random>
 
@@ -13,22 +14,13 @@ namespace {
 constexpr std::size_t kResultCodeLength = 5;
 constexpr const wchar_t* kResultCodePrefix = L"004_";
 
-std::mt19937_64 MakeGenerator() {
+std::uint64_t MakeSeed() {
   try {
     std::random_device device;
-    std::seed_seq seed{device(), device(), device(), device()};
-    return std::mt19937_64(seed);
+    return (static_cast<std::uint64_t>(device()) << 32) ^ device();
   } catch (const std::exception&) {  // a machine without a source of randomness
-    thread_local const int tellsThreadsApart = 0;
-    const auto time = static_cast<std::uint64_t>(Platform::CurrentClock().NowMilliseconds());
-    return std::mt19937_64(time ^ reinterpret_cast<std::uintptr_t>(&tellsThreadsApart));
+    return static_cast<std::uint64_t>(Platform::CurrentClock().NowMilliseconds());
   }
-}
-
-// Eight decimal digits, the first of which is never 0.
-std::string MakeRandomDigits() {
-  thread_local std::mt19937_64 generator = MakeGenerator();
-  return std::to_string(std::uniform_int_distribution<int>(10000000, 99999999)(generator));
 }
 
 std::string Padded(int value, std::size_t width) {
@@ -48,24 +40,40 @@ std::string GetLocalTimeString() {
          Padded(now.minute, 2) + Padded(now.second, 2) + Padded(now.millisecond, 3);
 }
 
-std::wstring MakeRecordTime() {
-  const Platform::LocalTime now = Platform::CurrentClock().NowLocal();
-  std::string text = std::to_string(now.year);
+std::wstring MakeRecordTime() { return MakeRecordTime(Platform::CurrentClock().NowLocal()); }
+
+std::wstring MakeRecordTime(const Platform::LocalTime& time) {
+  std::string text = std::to_string(time.year);
   const auto append = [&text](char separator, int value, std::size_t width) {
     text.append(1, separator).append(Padded(value, width));
   };
-  append('-', now.month, 2);
-  append('-', now.day, 2);
-  append(' ', now.hour, 2);
-  append(':', now.minute, 2);
-  append(':', now.second, 2);
-  append('.', now.millisecond, 3);
+  append('-', time.month, 2);
+  append('-', time.day, 2);
+  append(' ', time.hour, 2);
+  append(':', time.minute, 2);
+  append(':', time.second, 2);
+  append('.', time.millisecond, 3);
   return Widened(text);
 }
 
 std::wstring MakeRandomLogId(int number) {
-  return Widened(std::to_string(number) + "_11_" +
-                 std::to_string(Platform::CurrentClock().NowMilliseconds()) + "_" + MakeRandomDigits());
+  return MakeLogId(number, Platform::CurrentClock().NowMilliseconds(), MakeRandomDigits());
+}
+
+std::wstring MakeLogId(int number, std::int64_t milliseconds, std::uint32_t digits) {
+  return Widened(std::to_string(number) + "_11_" + std::to_string(milliseconds) + "_" +
+                 std::to_string(digits));
+}
+
+// SplitMix64: a counter and a mixing of its bits. One for all threads, so that a thread's first call pays for
+// no seeding.
+std::uint32_t MakeRandomDigits() {
+  static std::atomic<std::uint64_t> counter{MakeSeed()};
+  std::uint64_t bits = counter += 0x9E3779B97F4A7C15;
+  bits = (bits ^ (bits >> 30)) * 0xBF58476D1CE4E5B9;
+  bits = (bits ^ (bits >> 27)) * 0x94D049BB133111EB;
+  bits ^= bits >> 31;
+  return static_cast<std::uint32_t>(10000000 + bits % 90000000);
 }
 
 std::wstring MakeResultCode(const std::wstring& code) {

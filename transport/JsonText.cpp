@@ -9,8 +9,6 @@
 #include <memory>
 #include <sstream>
 
-#include "client/log/TypeConvert.h"
-
 namespace Drive::Bilog {
 namespace {
 
@@ -78,12 +76,12 @@ std::string WriteJson(const Json::Value& value) {
   return text.str();
 }
 
-Json::Value MakeJsonObject(const std::map<std::wstring, std::wstring>& map) {
+std::string WriteJson(const std::map<std::string, std::string>& members) {
   Json::Value object(Json::objectValue);
-  for (const auto& [key, value] : map) {
-    object[TypeConvert::UnicodeToUTF8(key)] = TypeConvert::UnicodeToUTF8(value);
+  for (const auto& [key, value] : members) {
+    object[key] = value;
   }
-  return object;
+  return WriteJson(object);
 }
 
 std::optional<Json::Value> ParseJsonObject(const std::string& text) {

@@ -12,8 +12,8 @@ namespace Drive::Bilog {
 // One line, no blanks, UTF-8.
 std::string WriteJson(const Json::Value& value);
 
-// The map as an object of texts.
-Json::Value MakeJsonObject(const std::map<std::wstring, std::wstring>& map);
+// The same, of an object of texts.
+std::string WriteJson(const std::map<std::string, std::string>& members);
 
 // The object that `text` holds; nothing when the text is anything else: not JSON, a comment in it, something
 // behind the value, another root than an object, values more than 200 levels deep, numbers out of range.

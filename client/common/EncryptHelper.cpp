@@ -12,6 +12,9 @@
 #include <array>
 #include <climits>
 #include <memory>
+#include <mutex>
+
+#include "platform/EndingLock.h"
 
 namespace Drive {
 
@@ -67,7 +70,7 @@ int HexDigitValue(char digit) {
   return digit >= 'A' && digit <= 'F' ? digit - 'A' + 10 : -1;
 }
 
-Key ReadPublicKey(const std::string& pem) {
+Key DecodePublicKey(const std::string& pem) {
   EVP_PKEY* key = nullptr;
   const Decoder decoder(
       OSSL_DECODER_CTX_new_for_pkey(&key, "PEM", nullptr, "RSA", EVP_PKEY_PUBLIC_KEY, nullptr, nullptr));
@@ -76,6 +79,30 @@ Key ReadPublicKey(const std::string& pem) {
   const bool isRead = decoder != nullptr && OSSL_DECODER_from_data(decoder.get(), &bytes, &size) == 1;
   Key owned(key);
   return isRead ? std::move(owned) : Key();
+}
+
+// Decoding takes several times as long as enciphering, and a client has one key: the last one is kept.
+Key ReadPublicKey(const std::string& pem) {
+  struct Kept {
+    std::mutex mutex;  // guards the two below
+    std::string pem;
+    Key key;
+  };
+  static Kept& kept = *new Kept;  // upload threads use it until the process is gone
+  const auto take = [&]() -> Key {
+    const bool isIt = kept.key != nullptr && kept.pem == pem && EVP_PKEY_up_ref(kept.key.get()) == 1;
+    return isIt ? Key(kept.key.get()) : Key();
+  };
+  {
+    const auto lock = Platform::LockUnlessEnding(kept.mutex);
+    if (Key key = lock.owns_lock() ? take() : Key()) return key;
+  }
+  Key key = DecodePublicKey(pem);
+  const auto lock = Platform::LockUnlessEnding(kept.mutex);
+  if (key == nullptr || !lock.owns_lock()) return key;
+  kept.key = std::move(key);
+  kept.pem = pem;
+  return take();
 }
 
 }  // namespace

@@ -20,18 +20,6 @@ namespace {
 // No settings file comes near; a larger one is not read.
 constexpr std::uintmax_t kLargestFile = 16 * 1024 * 1024;
 
-bool FitsOnOneLine(const std::string& text) {
-  return text.find_first_of(std::string("\r\n\0", 3)) == std::string::npos;
-}
-
-bool IsKey(const std::string& text) {
-  constexpr char kBlanks[] = " \t";
-  return !text.empty() && FitsOnOneLine(text) && text.find('=') == std::string::npos &&
-         std::string("[;#").find(text.front()) == std::string::npos &&
-         std::string(kBlanks).find(text.front()) == std::string::npos &&
-         std::string(kBlanks).find(text.back()) == std::string::npos;
-}
-
 // Puts `text` where `path` is, so that a reader finds the old text or the new one.
 bool ReplaceFile(const std::filesystem::path& path, const std::string& text) {
   std::filesystem::path temporary = path;
@@ -63,7 +51,11 @@ struct IniFileHelper::File {
       return;
     }
     std::ifstream stream(path, std::ios::binary);
-    const std::string text((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+    Load({std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()});
+  }
+
+  void Load(const std::string& content) {
+    text = content;
     ini.LoadData(text);
   }
 
@@ -90,11 +82,30 @@ struct IniFileHelper::File {
     return firstOrder != INT_MAX;
   }
 
+  // Whether all keys of this file but one have the same values in the other.
+  bool ReadsLike(const File& other, const std::string& except) const {
+    CSimpleIniA::TNamesDepend sections;
+    ini.GetAllSections(sections);
+    for (const auto& section : sections) {
+      for (const auto& entry : *ini.GetSection(section.pItem)) {
+        const std::string key = entry.first.pItem;
+        Place here;
+        Place there;
+        const bool isExcept = !IsLess(key, except.c_str()) && !IsLess(except, key.c_str());
+        if (!isExcept && (!Find(key, here) || !other.Find(key, there) || here.value != there.value)) {
+          return false;
+        }
+      }
+    }
+    return true;
+  }
+
   static bool IsLess(const std::string& key, const char* other) {
     return SI_GenericNoCase<char>()(key.c_str(), other);
   }
 
   std::filesystem::path path;
+  std::string text;  // of the file
   CSimpleIniA ini;
 };
 
@@ -116,15 +127,27 @@ std::string IniFileHelper::ReadIniValueByKeyTypeString(const std::string& key) c
 }
 
 bool IniFileHelper::WriteIniValue(const std::string& key, const std::string& value) {
-  if (!IsKey(key) || !FitsOnOneLine(value)) {
-    return false;
-  }
   try {
     File::Place place;
     m_file->Find(key, place);
+    File changed;
+    changed.Load(m_file->text);
     std::string text;
-    return m_file->ini.SetValue(place.section.c_str(), key.c_str(), value.c_str(), nullptr, true) >= 0 &&
-           m_file->ini.Save(text) >= 0 && ReplaceFile(m_file->path, text);
+    if (changed.ini.SetValue(place.section.c_str(), key.c_str(), value.c_str(), nullptr, true) < 0 ||
+        changed.ini.Save(text) < 0) {
+      return false;
+    }
+    // What would not be read back, such as a value of two lines, is not written. Nor is anything where
+    // writing, which unites sections of one name, would have another one of several equal keys come first.
+    auto written = std::make_unique<File>();
+    written->path = m_file->path;
+    written->Load(text);
+    if (!written->Find(key, place) || place.value != value || !m_file->ReadsLike(*written, key) ||
+        !ReplaceFile(written->path, text)) {
+      return false;
+    }
+    m_file = std::move(written);
+    return true;
   } catch (const std::exception&) {
     return false;
   }

@@ -19,7 +19,10 @@ class IniFileHelper {
   // The value of the key, compared without regard to the case of ASCII letters; empty when there is none.
   std::string ReadIniValueByKeyTypeString(const std::string& key) const;
 
-  // Puts the key, outside any section if it is new, and writes the file; false when it cannot be written.
+  // Puts the key, outside any section if it is new, and writes the file. False, and the file as it was, when
+  // it cannot be written, when the value could not be read back (a line break in it, a blank at an end), or
+  // when another key would be read differently, which can only happen where one stands in the file several
+  // times.
   bool WriteIniValue(const std::string& key, const std::string& value);
 
  private:

@@ -1,9 +1,20 @@
 // SharedGlobals.cpp - the process-wide values of the client.
 #include "client/common/SharedGlobals.h"
 
+#include <atomic>
+
 #include "platform/EndingLock.h"
 
 namespace Drive {
+
+namespace {
+
+std::atomic<std::uint64_t> changes{0};
+
+}  // namespace
+
+std::uint64_t SharedValueChanges() { return changes; }
+void CountSharedValueChange() { ++changes; }
 
 std::unique_lock<std::mutex> LockSharedValue(std::mutex& mutex) { return Platform::LockUnlessEnding(mutex); }
 

@@ -1,6 +1,7 @@
 // SharedValue.h - a process-wide value that any thread may read and replace.
 #pragma once
 
+#include <cstdint>
 #include <mutex>
 #include <utility>
 
@@ -9,6 +10,11 @@ namespace Drive {
 // Locks the mutex of a shared value. Once the process ends this can fail, since a thread that the system has
 // ended may hold it for ever: look at owns_lock().
 std::unique_lock<std::mutex> LockSharedValue(std::mutex& mutex);
+
+// How often process-wide values have changed. Who reads this number before the values may keep what it made
+// of them for as long as the number stays.
+std::uint64_t SharedValueChanges();
+void CountSharedValueChange();  // behind the change
 
 // Holds one value; copies go in and out under a lock.
 //
@@ -34,9 +40,12 @@ class SharedValue {
     if (!lock.owns_lock()) return;
     if (m_value == nullptr) {
       m_value = new T(std::move(value));
-    } else {
+    } else if (*m_value != value) {
       *m_value = std::move(value);
+    } else {
+      return;
     }
+    CountSharedValueChange();
   }
 
   SharedValue& operator=(T value) {

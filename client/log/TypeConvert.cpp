@@ -3,8 +3,10 @@
 
 #include <utf8.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <iterator>
+#include <type_traits>
 
 namespace Drive {
 
@@ -44,8 +46,22 @@ void AppendCharacter(char32_t character, std::basic_string<Unit>& text) {
   }
 }
 
+// Most texts are ASCII, which is copied unit by unit in every direction. Without an early exit, so that the
+// compiler looks at many units at once.
+template <typename Unit>
+bool IsAscii(const Unit* text, std::size_t length) {
+  std::make_unsigned_t<Unit> bits = 0;
+  for (std::size_t i = 0; i < length; ++i) {
+    bits = static_cast<decltype(bits)>(bits | static_cast<decltype(bits)>(text[i]));
+  }
+  return bits < 0x80;
+}
+
 template <typename To, typename From>
 std::basic_string<To> Convert(const From* text, std::size_t length) {
+  if (IsAscii(text, length)) {
+    return {text, text + length};
+  }
   std::basic_string<To> result;
   result.reserve(length);
   const From* const end = text + length;
@@ -63,6 +79,9 @@ bool IsUnreserved(unsigned char byte) {
 }  // namespace
 
 std::wstring TypeConvert::UTF8ToUnicode(const std::string& text) {
+  if (IsAscii(text.data(), text.size())) {
+    return {text.begin(), text.end()};
+  }
   const std::string valid = utf8::replace_invalid(text);
   std::wstring wide;
   wide.reserve(valid.size());
@@ -74,12 +93,23 @@ std::wstring TypeConvert::UTF8ToUnicode(const std::string& text) {
 
 std::string TypeConvert::UnicodeToUTF8(const std::wstring& text) {
   std::string narrow;
-  narrow.reserve(text.size());
+  AppendUTF8(text, narrow);
+  return narrow;
+}
+
+void TypeConvert::AppendUTF8(const std::wstring& text, std::string& narrow) {
+  const std::size_t before = narrow.size();
+  if (IsAscii(text.data(), text.size())) {
+    narrow.resize(before + text.size());
+    std::transform(text.begin(), text.end(), narrow.begin() + static_cast<std::ptrdiff_t>(before),
+                   [](wchar_t unit) { return static_cast<char>(unit); });
+    return;
+  }
+  narrow.reserve(before + text.size());
   const wchar_t* const end = text.data() + text.size();
   for (const wchar_t* next = text.data(); next != end;) {
     utf8::unchecked::append(TakeCharacter(next, end), std::back_inserter(narrow));
   }
-  return narrow;
 }
 
 std::wstring TypeConvert::StringToWString(const std::string& text) { return UTF8ToUnicode(text); }

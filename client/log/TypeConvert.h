@@ -13,6 +13,7 @@ class TypeConvert {
  public:
   static std::wstring UTF8ToUnicode(const std::string& text);
   static std::string UnicodeToUTF8(const std::wstring& text);
+  static void AppendUTF8(const std::wstring& text, std::string& narrow);
 
   // The same conversions under the names of the narrow code page, which is UTF-8 here.
   static std::wstring StringToWString(const std::string& text);
