@@ -19,7 +19,7 @@ target_compile_definitions(drivelog_simpleini INTERFACE SI_IMPLEMENTATION)
 
 include(TargetNames)
 
-if(DRIVELOG_PROGRAMS OR DRIVELOG_TESTS)
+if(DRIVELOG_PROGRAMS OR DRIVELOG_TESTS OR DRIVELOG_BENCH)
   find_package(CLI11 REQUIRED)
   find_path(HTTPLIB_INCLUDE_DIR httplib.h REQUIRED)
   find_library(HTTPLIB_LIBRARY NAMES cpp-httplib)

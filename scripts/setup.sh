@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# setup.sh [linux|demo|bench|tidy|cross|windows] - installs what is missing to build, and nothing else.
+# setup.sh [linux|demo|bench|prove|tidy|cross|windows] - installs what is missing to build, and nothing else.
 #
 #   linux    compiler, CMake and the libraries; enough to build and to run the tests (default)
 #   demo     linux, and the two tools with which the demo asks the collector
-#   bench    linux, and the benchmark library
+#   bench    linux, the benchmark library, and the tool that makes the table
+#   prove    linux, the compiler with the fuzzer, and the memory checker
 #   tidy     linux, and the tools of static checks and of layout
 #   cross    linux, the cross compiler, and what the libraries for Windows are built with
 #   windows  cross and Wine, and the libraries built for Windows
@@ -18,12 +19,13 @@ cross_packages=(g++-mingw-w64-x86-64-posix dpkg-dev gcc make perl tcl libfmt-dev
 case $kind in
   linux) ;;
   demo) packages+=(curl jq) ;;
-  bench) packages+=(libbenchmark-dev) ;;
+  bench) packages+=(libbenchmark-dev jq) ;;
+  prove) packages+=(clang libclang-rt-14-dev valgrind) ;;
   tidy) packages+=(clang-format clang-tidy) ;;
   cross) packages+=("${cross_packages[@]}") ;;
   windows) packages+=("${cross_packages[@]}" wine64) ;;
   *)
-    echo "usage: setup.sh [linux|demo|bench|tidy|cross|windows]" >&2
+    echo "usage: setup.sh [linux|demo|bench|prove|tidy|cross|windows]" >&2
     exit 2
     ;;
 esac
