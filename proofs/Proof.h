@@ -8,8 +8,8 @@
 
 namespace Drive::Testing {
 
-// One run of a proof. Its program works in rounds, each from a seed of its own, so that the round of a finding
-// can be repeated: `--seed` says the first round's seed, and the next round has the next number.
+// One run of a proof. Its program works in rounds, each from a seed of its own, so that the round of a
+// finding can be repeated: `--seed` says the first round's seed, and the next round has the next number.
 //
 // Thread-safety: Check may be called from any thread, the rest from the main one.
 class Proof {

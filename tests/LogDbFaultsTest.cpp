@@ -1,5 +1,5 @@
-// LogDbFaultsTest.cpp - locked, full, read-only, damaged and missing files, and the records that wait for
-// them.
+// LogDbFaultsTest.cpp - locked, full, damaged and missing files, and the records that wait for them. The
+// calls of the file system fail one by one in proofs/storage_faults.cpp.
 #include <fstream>
 #include <functional>
 #include <thread>
@@ -13,7 +13,6 @@
 namespace Drive::Testing {
 namespace {
 
-using Call = FaultyVfs::Call;
 using std::chrono::milliseconds;
 
 class LogDbFaultsTest : public LogDbTest {};
@@ -21,17 +20,11 @@ class LogDbFaultsTest : public LogDbTest {};
 TEST_F(LogDbFaultsTest, KeepsABatchUntilTheCauseIsGone) {
   FaultyVfs vfs;
   const std::filesystem::path folder = m_folder.Path() / "db";
-  const auto heal = [&] { vfs.Heal(); };
   const auto remove = [&] { std::filesystem::remove_all(folder); };
   using Step = std::function<void()>;
   const std::tuple<Step, Step, std::string> rows[] = {
-      {[&] { vfs.FailAlways(Call::kWrite, SQLITE_FULL); }, heal,
+      {[&] { vfs.FailAlways(FaultyVfs::Call::kWrite, SQLITE_FULL); }, [&] { vfs.Heal(); },
        "InsertUserLogBatch: InsertUserLogBatch failed,error code is 13,reason:database or disk is full"},
-      {[&] { vfs.FailAlways(Call::kWrite, SQLITE_READONLY); }, heal,
-       "InsertUserLogBatch: InsertUserLogBatch failed,error code is 8,reason:attempt to write a readonly "
-       "database"},
-      {[&] { vfs.FailAlways(Call::kOpen, SQLITE_CANTOPEN); }, heal,
-       "_connectDb: Open database failed,error code is 14,reason:unable to open database file"},
       {[&] { std::ofstream(Path(), std::ios::trunc) << std::string(8192, 'g'); }, remove,
        "_beginTransaction: file is not a database: file is not a database"},
       {[&] { remove(), std::ofstream(folder) << "in the way"; }, remove,
@@ -77,30 +70,6 @@ TEST_F(LogDbFaultsTest, WaitsForALockedFileForAWhile) {
              "_executeNoQuerySqlCmd: _executeNoQuerySqlCmd failed,error code is 5,reason:database is locked",
              "DeleteUserLogWithId: DeleteUserLogWithId failed,error code is 5,reason:database is locked"}),
       Errors());
-}
-
-// Whatever call fails, and at whatever moment: every record ends in the file exactly once.
-TEST_F(LogDbFaultsTest, StoresEveryRecordOnceWhateverCallFails) {
-  FaultyVfs vfs;
-  for (const auto& [call, code] : {std::pair(Call::kOpen, SQLITE_CANTOPEN),
-                                   {Call::kRead, SQLITE_IOERR_READ},
-                                   {Call::kWrite, SQLITE_FULL},
-                                   {Call::kSync, SQLITE_IOERR_FSYNC},
-                                   {Call::kLock, SQLITE_IOERR_LOCK}}) {
-    int n = 0;
-    while (true) {
-      vfs.Heal();
-      Database().DeleteFromAllTables();
-      vfs.FailOnce(call, ++n, code);
-      Insert({Record(L"a"), Record(L"b")});
-      Database().GetUserLogList(9, 0, false);
-      if (!vfs.HasFailed()) break;
-      Insert({Record(L"c")});
-      ASSERT_EQ("a b c", Actions()) << "code " << code << ", number " << n;
-      ASSERT_EQ("ok", Run("PRAGMA integrity_check"));
-    }
-    EXPECT_GT(n, 1);
-  }
 }
 
 class LogDbKeptRecordsTest : public LogDbTest {

@@ -27,15 +27,24 @@ int Forward(sqlite3_file* file, Arguments... arguments) {
 // Nothing is made durable: no test pulls the plug, and waiting for the disk takes most of the time.
 int Sync(sqlite3_file* /*file*/, int /*flags*/) { return g_instance->CodeFor(Call::kSync); }
 
+// No unlocking fails, so SQLite does not look whether it has.
+int ShareLock(sqlite3_file* file, int offset, int count, int flags) {
+  const Methods& real = reinterpret_cast<const Table*>(file->pMethods)->real;
+  const int code = (flags & SQLITE_SHM_LOCK) != 0 ? g_instance->CodeFor(Call::kLock) : SQLITE_OK;
+  return code == SQLITE_OK ? real.xShmLock(file, offset, count, flags) : code;
+}
+
 Methods Faulty(Methods methods) {
   methods.iVersion = 2;  // without memory mapping, so that every read comes by here
   methods.xRead = Forward<&Methods::xRead, Call::kRead>;
-  methods.xFileSize = Forward<&Methods::xFileSize, Call::kRead>;
+  methods.xFileSize = Forward<&Methods::xFileSize, Call::kSize>;
   methods.xWrite = Forward<&Methods::xWrite, Call::kWrite>;
+  methods.xTruncate = Forward<&Methods::xTruncate, Call::kTruncate>;
   methods.xSync = Sync;
   methods.xLock = Forward<&Methods::xLock, Call::kLock>;
-  methods.xShmLock = Forward<&Methods::xShmLock, Call::kLock>;
-  methods.xShmMap = Forward<&Methods::xShmMap, Call::kOpen>;
+  methods.xCheckReservedLock = Forward<&Methods::xCheckReservedLock, Call::kLock>;
+  methods.xShmLock = ShareLock;
+  methods.xShmMap = Forward<&Methods::xShmMap, Call::kShare>;
   return methods;
 }
 
@@ -50,6 +59,16 @@ int Open(sqlite3_vfs* /*vfs*/, const char* name, sqlite3_file* file, int flags, 
   return code;
 }
 
+int Delete(sqlite3_vfs* /*vfs*/, const char* name, int /*syncFolder*/) {
+  const int code = g_instance->CodeFor(Call::kDelete);
+  return code == SQLITE_OK ? g_realVfs->xDelete(g_realVfs, name, 0) : code;
+}
+
+int Access(sqlite3_vfs* /*vfs*/, const char* name, int flags, int* result) {
+  const int code = g_instance->CodeFor(Call::kAccess);
+  return code == SQLITE_OK ? g_realVfs->xAccess(g_realVfs, name, flags, result) : code;
+}
+
 // SQLite's own pauses between tries, up to 10 s in all.
 int Sleep(sqlite3_vfs* /*vfs*/, int microseconds) { return microseconds; }
 
@@ -59,6 +78,8 @@ FaultyVfs::FaultyVfs() : m_vfs(*g_realVfs) {
   g_instance = this;
   m_vfs.zName = "faulty";
   m_vfs.xOpen = Open;
+  m_vfs.xDelete = Delete;
+  m_vfs.xAccess = Access;
   m_vfs.xSleep = Sleep;
   sqlite3_vfs_register(&m_vfs, 1);
 }
@@ -73,15 +94,17 @@ void FaultyVfs::FailOnce(Call call, int n, int code) {
   m_left = n;
   m_code = code;
   m_isLasting = false;
+  m_failures = 0;
 }
 
-void FaultyVfs::FailAlways(Call call, int code) {
-  FailOnce(call, 1, code);
+void FaultyVfs::FailFrom(Call call, int n, int code) {
+  FailOnce(call, n, code);
   m_isLasting = true;
 }
 
 int FaultyVfs::CodeFor(Call call) {
   if (call != m_call || --m_left > 0) return SQLITE_OK;
+  ++m_failures;
   if (!m_isLasting) m_call = Call::kNone;
   return m_code;
 }

@@ -1,0 +1,3 @@
+drivelog_proof(conservation
+  SOURCES Conservation.cpp Ledger.cpp LedgerStorage.cpp LockingClock.cpp SimulatedProduct.cpp
+  USES drivelog_operatelog drivelog_collector)

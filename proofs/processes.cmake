@@ -1,0 +1,1 @@
+drivelog_proof(processes SOURCES processes.cpp USES drivelog_recording_children)
