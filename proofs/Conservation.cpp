@@ -129,7 +129,7 @@ class Simulation {
   // More than the queue's soft bound, and often more than the memory bound of a storage that is full.
   void Flood() {
     if (Chance(60)) m_product.vfs.FailAlways(FaultyVfs::Call::kWrite, SQLITE_FULL);
-    for (int i = Between(6000, 13000); i > 0; --i) m_product.RecordBi(2, "flood");
+    for (int i = Between(6000, 17000); i > 0; --i) m_product.RecordBi(2, "flood");
   }
 
   void Fault() {

@@ -1,4 +1,5 @@
 // LogDbFileTest.cpp - start-up of the log database, the registry, and the exported row type.
+#include <chrono>
 #include <fstream>
 #include <stdexcept>
 
@@ -105,8 +106,8 @@ TEST_F(LogDbFileTest, LookingForRowsAgainWritesNothing) {
   Database().InitDataBase(L"50%20#a");
   EXPECT_TRUE(Database().GetUserLogList(1, 0, false).empty());
   const std::filesystem::path index = g_logDbFullPathWithName.Get() + "-shm";
-  const std::filesystem::file_time_type longAgo{};
-  std::filesystem::last_write_time(index, longAgo);
+  std::filesystem::last_write_time(index, std::filesystem::last_write_time(index) - std::chrono::hours(1));
+  const auto longAgo = std::filesystem::last_write_time(index);
   EXPECT_TRUE(Database().GetUserLogList(1, 0, false).empty());
   EXPECT_EQ(longAgo, std::filesystem::last_write_time(index));
   OtherConnection writer(g_logDbFullPathWithName);  // its rows are in the log until it closes
