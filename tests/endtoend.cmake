@@ -8,3 +8,13 @@ drivelog_test(endtoend_tests
               USES drivelog_operatelog drivelog_collector drivelog_test_support)
 target_compile_definitions(endtoend_tests PRIVATE EXIT_WHILE_RUNNING="$<TARGET_FILE:exit_while_running>")
 add_dependencies(endtoend_tests exit_while_running)
+
+# On the uninstrumented build, where the memory checker is there.
+find_program(VALGRIND valgrind)
+if(VALGRIND AND NOT WIN32 AND NOT CMAKE_CXX_FLAGS MATCHES "fsanitize")
+  add_test(NAME memcheck.endtoend
+           COMMAND ${VALGRIND} --quiet --error-exitcode=9 --leak-check=full
+                   --show-leak-kinds=definite,indirect --errors-for-leak-kinds=definite,indirect
+                   $<TARGET_FILE:endtoend_tests> --gtest_filter=OperationTest.DeliversBoth*)
+  set_tests_properties(memcheck.endtoend PROPERTIES TIMEOUT 600)
+endif()
