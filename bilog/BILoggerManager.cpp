@@ -30,6 +30,7 @@ constexpr std::chrono::milliseconds kWorkerPeriod{60000};
 constexpr std::chrono::milliseconds kBatchPause{1};
 constexpr double kNoDuration = 1.0;
 constexpr int kBiRecord = 1;
+constexpr const char* kMakeLocation = "Drive::Bilog::BILoggerManager::MakeRecord";
 const wchar_t* const kSuccessCode = L"004_00000";
 const wchar_t* const kSuccessInfo = L"Operation success";
 
@@ -150,7 +151,8 @@ std::vector<UserLog> BILoggerManager::PopBatch(State& state) {
   std::vector<UserLog> batch;
   for (const auto& block : state.queue.Pop(kBatchSize)) {
     block.ForEach([&](const Event& event, std::string_view texts) {
-      batch.push_back(MakeRecord(state, event, texts));
+      // One that is too large for the memory must not take the others with it.
+      Guarded(kMakeLocation, [&] { batch.push_back(MakeRecord(state, event, texts)); });
     });
   }
   return batch;

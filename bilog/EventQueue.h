@@ -90,11 +90,12 @@ class EventQueue {
   }
 
  private:
-  // With room for a little more text than the last block holds, since the next one will be alike.
+  // With room for a little more text than the last block holds, since the next one will be alike; but one
+  // huge text is no sign of another.
   void AddBlock() {
     const std::size_t textBytes = m_blocks.empty() ? 0 : m_blocks.back().m_texts.size();
     std::list<Block> added(1);
-    added.back().m_texts.reserve(textBytes + textBytes / 16);
+    added.back().m_texts.reserve(std::min<std::size_t>(textBytes + textBytes / 16, kBlockEvents * 1024));
     m_blocks.splice(m_blocks.end(), added);
   }
 

@@ -4,9 +4,7 @@
 #include <chrono>
 #include <system_error>
 
-#include "client/common/FileHepler.h"
 #include "client/common/SharedGlobals.h"
-#include "client/log/TypeConvert.h"
 #include "logdb/BusyHandler.h"
 #include "logdb/SqliteErrorCategory.h"
 #include "platform/Clock.h"
@@ -35,29 +33,6 @@ bool RunTransactionStatement(Connection& connection, const char* sql, const char
   return false;
 }
 
-// Has SQLite leave the index of the write-ahead log as it is. A first reader would otherwise make that file
-// anew, which puts 32 KiB on the disk each time that an upload timer looks for rows; instead it reads the log
-// itself, and uses the index of those who have the file open already. The index must be there.
-std::string UriOfUntouchedIndex(const std::string& path) {
-  std::string uri = "file:";
-  for (const char character : path) {
-    switch (character) {
-      case '%':
-        uri += "%25";
-        break;
-      case '?':
-        uri += "%3f";
-        break;
-      case '#':
-        uri += "%23";
-        break;
-      default:
-        uri += character;
-    }
-  }
-  return uri + "?readonly_shm=1";
-}
-
 }  // namespace
 
 Connection::Connection(Access access, PendingMessages& messages) : m_messages(messages) {
@@ -67,12 +42,10 @@ Connection::Connection(Access access, PendingMessages& messages) : m_messages(me
 
   int code = SQLITE_CANTOPEN;
   if (!path.empty()) {  // an empty name would open a private database that is gone with the connection
-    const bool hasIndex = isReadOnly && FileHepler::CheckFileExist(TypeConvert::UTF8ToUnicode(path + "-shm"));
-    const std::string name = hasIndex ? UriOfUntouchedIndex(path) : path;
-    const int flags = (isReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) | SQLITE_OPEN_NOMUTEX |
-                      (hasIndex ? SQLITE_OPEN_URI : 0);
     sqlite3* handle = nullptr;
-    code = sqlite3_open_v2(name.c_str(), &handle, flags, nullptr);
+    code = sqlite3_open_v2(path.c_str(), &handle,
+                           (isReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) | SQLITE_OPEN_NOMUTEX,
+                           nullptr);
     m_handle.reset(handle);
   }
   if (code != SQLITE_OK) {

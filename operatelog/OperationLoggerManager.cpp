@@ -117,7 +117,8 @@ void OperationLoggerManager::SaveUserlogToDb(State& state, std::size_t limit) {
   std::vector<Bilog::UserLog> batch;
   for (const auto& block : blocks) {
     block.ForEach([&](const Event& event, std::string_view fields) {
-      batch.push_back(MakeRecord(state, event, fields));
+      // One that is too large for the memory must not take the others with it.
+      Guarded(kSave, [&] { batch.push_back(MakeRecord(state, event, fields)); });
     });
   }
   Bilog::BiDataBase& database = Bilog::BiDataBase::GetInstance();

@@ -1,5 +1,4 @@
 // LogDbFileTest.cpp - start-up of the log database, the registry, and the exported row type.
-#include <chrono>
 #include <fstream>
 #include <stdexcept>
 
@@ -98,21 +97,6 @@ TEST(BiDataBaseTest, AFunctionMayKeepACountThrowAndReplaceItself) {
   ASSERT_EQ(2U, log.OfLevel(5).size());
   EXPECT_EQ("Drive::Bilog::BiDataBase::executeGetUserLogListCallback", log.All()[0].location);
   EXPECT_EQ("broken", log.All()[0].text);
-}
-
-TEST_F(LogDbFileTest, LookingForRowsAgainWritesNothing) {
-  // The name's characters have a meaning in a URI.
-  g_logDbFullPathWithName = (m_folder.Path() / "db" / "50%20#a").u8string();
-  Database().InitDataBase(L"50%20#a");
-  EXPECT_TRUE(Database().GetUserLogList(1, 0, false).empty());
-  const std::filesystem::path index = g_logDbFullPathWithName.Get() + "-shm";
-  std::filesystem::last_write_time(index, std::filesystem::last_write_time(index) - std::chrono::hours(1));
-  const auto longAgo = std::filesystem::last_write_time(index);
-  EXPECT_TRUE(Database().GetUserLogList(1, 0, false).empty());
-  EXPECT_EQ(longAgo, std::filesystem::last_write_time(index));
-  OtherConnection writer(g_logDbFullPathWithName);  // its rows are in the log until it closes
-  writer.Run("INSERT INTO T_UserLog(Action, IsMaintenanceLog) VALUES('a', 0)");
-  EXPECT_EQ(1U, Database().GetUserLogList(1, 0, false).size());
 }
 
 TEST(SqlLiteEntityTest, FindsValuesWhateverTheCaseOfTheirNames) {

@@ -100,8 +100,8 @@ Key ReadPublicKey(const std::string& pem) {
   Key key = DecodePublicKey(pem);
   const auto lock = Platform::LockUnlessEnding(kept.mutex);
   if (key == nullptr || !lock.owns_lock()) return key;
+  kept.pem = pem;  // first: it may throw, and the old key must not stand for another text
   kept.key = std::move(key);
-  kept.pem = pem;
   return take();
 }
 
