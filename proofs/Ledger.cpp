@@ -178,9 +178,11 @@ void Ledger::Poll(Channel channel, const std::string& confirmedRequest) {
 
 void Ledger::Arrive(const Key& key) {
   Entry& entry = At(key);
-  if (entry.rule == kRowCap) entry.rule = nullptr;  // cut while its request was under way
-  if (entry.rule != nullptr || (entry.rows == 0 && entry.arrivals > 0))
+  if (entry.isCut) {
+    entry.rule = nullptr;  // the server has it
+  } else if (entry.rule != nullptr || (entry.rows == 0 && entry.arrivals > 0)) {
     Fail(key, "arrived, though it was gone");
+  }
   if (++entry.arrivals > 1) ++m_totals.duplicates;
   if (entry.arrivals > 1 + entry.excuses) Fail(key, "arrived again without a reason");
 }

@@ -88,8 +88,6 @@ class Ledger {
   Totals Balance();
 
  private:
-  static constexpr const char* kRowCap = "row cap";
-
   struct Key {
     Channel channel;
     std::size_t number;
@@ -103,7 +101,8 @@ class Ledger {
     std::int64_t recordedMs = 0;
     bool isRefused = false;  // by the database
     bool isQueued = true;
-    int kept = 0;  // times in memory, waiting for the database
+    bool isCut = false;  // by the row cap, perhaps while its request was under way
+    int kept = 0;        // times in memory, waiting for the database
     int rows = 0;
     int arrivals = 0;
     int confirmed = 0;  // arrivals that the client knows of, without the rows that it has deleted for them

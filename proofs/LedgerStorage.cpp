@@ -166,7 +166,8 @@ void Ledger::SettleInsert(const std::vector<Key>& batch, bool uba) {
     }
     if (!isCut) Fail(key, "gone with an insert, though the row cap was not reached");
     --At(key).rows;
-    Discard(key, kRowCap);
+    At(key).isCut = true;
+    Discard(key, "row cap");
   }
   for (const Key& key : came) ++At(key).rows;
   if (!isStored) return Keep(batch, uba);
