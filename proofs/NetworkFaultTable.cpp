@@ -12,7 +12,15 @@ using Collection::ServerCertificate;
 const std::string kAccepted = "HTTP/1.1 200 OK\r\nContent-Length: 21\r\n\r\n{\"status\":\"accepted\"}";
 const std::string kUnbounded = "HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\n\r\n";
 
-void Hang(Connection& connection) { connection.WaitForEnd(); }
+const std::set<int> kArrives{NetworkFault::kArrives};
+const std::set<int> kRefused{NetworkFault::kRefusedByStatus};
+const std::set<int> kTimeOut{NetworkFault::kTimeOut};
+
+void Hang(Connection& connection) {
+  while (!connection.Read().empty()) {
+  }
+}
+void Sleep(Connection& connection) { connection.Pause(std::chrono::hours(1)); }
 void Reset(Connection& connection) { connection.Reset(); }
 void EndTls(Connection& connection) { connection.EndTls(); }
 
@@ -76,10 +84,10 @@ std::vector<NetworkFault> PeerFaults(std::mt19937_64& draw, const std::string& e
   };
   const auto bodyPart = [&] { return headers + part(kAccepted.substr(headers.size())); };
   const std::string block(65536, 'x');
+  const std::string empty = "\r\nContent-Length: 0\r\n\r\n";
   const std::string redirection = std::vector<std::string>{"301", "302", "303", "307", "308"}[draw() % 5];
   std::string continues;
   while (continues.size() < block.size()) continues += "HTTP/1.1 100 Continue\r\n\r\n";
-  using Fault = NetworkFault;
   return {
       {"refuses the connection", {7}, {}},
       {"resets at once", {7, 35}, Reset},
@@ -106,37 +114,27 @@ std::vector<NetworkFault> PeerFaults(std::mt19937_64& draw, const std::string& e
        {27, 56, 100},
        Asked(Sending("HTTP/1.1 200 OK\r\nX:", Repeating(block)))},
       {"sends a body without end", {63}, Asked(Sending(kUnbounded, Repeating(block)))},
-      {"refuses at length",
-       {Fault::kRefusedByStatus},
+      {"refuses at length", kRefused,
        Answering("HTTP/1.1 500 No\r\nContent-Length: 655360\r\n\r\n" + std::string(655360, 'x'))},
-      {"redirects",
-       {Fault::kRefusedByStatus},
-       Answering("HTTP/1.1 " + redirection + " Go\r\nLocation: " + elsewhere +
-                 "\r\nContent-Length: 0\r\n\r\n")},
-      {"takes no expectation, ever",
-       {Fault::kRefusedByStatus},
-       Answering("HTTP/1.1 417 No\r\nContent-Length: 0\r\n\r\n"),
-       true},
+      {"redirects", kRefused, Answering("HTTP/1.1 " + redirection + " Go\r\nLocation: " + elsewhere + empty)},
+      {"takes no expectation, ever", kRefused, Answering("HTTP/1.1 417 No" + empty), true},
       {"continues without end", {56, 100}, Asked(Repeating(continues))},
-      {"asks for the body", {Fault::kArrives}, Greeted(Continue), true},
-      {"waits for the body", {Fault::kArrives}, Answering(kAccepted), true},
-      {"takes no expectation", {Fault::kArrives}, Greeted(RefuseToContinue), true},
-      {"continues unasked", {Fault::kArrives}, Answering("HTTP/1.1 100 Continue\r\n\r\n" + kAccepted)},
-      {"ends behind the status", {Fault::kArrives}, Answering("HTTP/1.1 200 OK\r\nContent-Le")},
-      {"ends without a word", {Fault::kArrives}, Asked(Sending(kUnbounded + "{", [](Connection&) {}))},
-      {"says more than it announced", {Fault::kArrives}, Answering(kAccepted + block)},
-      {"says nothing", {Fault::kTimeOut}, Hang},
-      {"says nothing in the handshake", {Fault::kTimeOut}, Sending({"\x16\x03\x03\x40\0\x02", 6}, Hang)},
-      {"says nothing after the handshake", {Fault::kTimeOut}, Greeted([](Connection& c) {
-         c.Pause(std::chrono::hours(1));
-       })},
-      {"says nothing to the request", {Fault::kTimeOut}, Asked(Hang)},
-      {"falls silent in the headers", {Fault::kTimeOut}, Asked(Sending(part(headers), Hang))},
-      {"falls silent in the body", {Fault::kTimeOut}, Asked(Sending(bodyPart(), Hang))},
-      {"sends a header byte a second",
-       {Fault::kTimeOut},
+      {"asks for the body", kArrives, Greeted(Continue), true},
+      {"waits for the body", kArrives, Answering(kAccepted), true},
+      {"takes no expectation", kArrives, Greeted(RefuseToContinue), true},
+      {"continues unasked", kArrives, Answering("HTTP/1.1 100 Continue\r\n\r\n" + kAccepted)},
+      {"ends behind the status", kArrives, Answering("HTTP/1.1 200 OK\r\nContent-Le")},
+      {"ends without a word", kArrives, Asked(Sending(kUnbounded + "{", [](Connection&) {}))},
+      {"says more than it announced", kArrives, Answering(kAccepted + block)},
+      {"says nothing", kTimeOut, Hang},
+      {"says nothing in the handshake", kTimeOut, Sending({"\x16\x03\x03\x40\0\x02", 6}, Hang)},
+      {"says nothing after the handshake", kTimeOut, Greeted(Sleep)},
+      {"says nothing to the request", kTimeOut, Asked(Hang)},
+      {"falls silent in the headers", kTimeOut, Asked(Sending(part(headers), Hang))},
+      {"falls silent in the body", kTimeOut, Asked(Sending(bodyPart(), Hang))},
+      {"sends a header byte a second", kTimeOut,
        Asked(Sending("HTTP/1.1 200 OK\r\nX:", Repeating("x", kSlow)))},
-      {"sends a byte a second", {Fault::kTimeOut}, Asked(Sending(kUnbounded, Repeating("x", kSlow)))},
+      {"sends a byte a second", kTimeOut, Asked(Sending(kUnbounded, Repeating("x", kSlow)))},
   };
 }
 
@@ -147,13 +145,12 @@ std::vector<NetworkFault> ProxyFaults(int port) {
       Sending(text, then)(connection);
     };
   };
-  return {{"is a proxy",
-           {NetworkFault::kArrives},
+  return {{"is a proxy", kArrives,
            answering("HTTP/1.1 200 Established\r\n\r\n", [port](Connection& c) { c.TunnelTo(port); })},
           {"is a proxy that refuses", {56}, answering("HTTP/1.1 403 No\r\nContent-Length: 0\r\n\r\n", Hang)},
           {"is a proxy that is none", {56}, answering("hello\r\n\r\n", Hang)},
           {"is a proxy that resets", {56}, answering("", Reset)},
-          {"is a proxy that says nothing", {NetworkFault::kTimeOut}, answering("", Hang)}};
+          {"is a proxy that says nothing", kTimeOut, answering("", Hang)}};
 }
 
 }  // namespace Drive::Testing

@@ -25,7 +25,6 @@ struct NetworkFault {
   int maxTlsVersion = 0;
 
   bool Hangs() const { return *ends.begin() == kTimeOut; }
-  bool Arrives() const { return *ends.begin() == kArrives; }
 };
 
 // Of the peer in the collector's place. `elsewhere` is where its redirections lead to.

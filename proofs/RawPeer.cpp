@@ -65,26 +65,19 @@ void RawPeer::Serve(Script script) {
   }
 }
 
-int RawPeer::Connections() const {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  return m_connections;
-}
-
-bool RawPeer::WaitForConnections(int count, std::chrono::milliseconds limit) {
+bool RawPeer::WaitForConnection(std::chrono::milliseconds limit) {
   std::unique_lock<std::mutex> lock(m_mutex);
-  return m_changed.wait_for(lock, limit, [&] { return m_connections >= count; });
+  return m_changed.wait_for(lock, limit, [this] { return m_hadConnection; });
 }
 
 void RawPeer::Accept() {
   for (;;) {
     const int socket = accept(m_listener, nullptr, nullptr);
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (socket < 0 || m_isStopping) {
-      if (socket >= 0) close(socket);
-      return;
-    }
+    if (socket >= 0 && m_isStopping) close(socket);
+    if (socket < 0 || m_isStopping) return;
     m_open.insert(socket);
-    ++m_connections;
+    m_hadConnection = true;
     m_changed.notify_all();
     m_threads.emplace_back([this, socket, script = m_script] {
       {
@@ -135,11 +128,6 @@ bool RawPeer::Connection::Send(const std::string& bytes) {
   if (m_tls != nullptr) return SSL_write(m_tls.get(), bytes.data(), static_cast<int>(bytes.size())) > 0;
   return send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL) ==
          static_cast<std::ptrdiff_t>(bytes.size());
-}
-
-void RawPeer::Connection::WaitForEnd() {
-  while (!Read().empty()) {
-  }
 }
 
 bool RawPeer::Connection::Pause(std::chrono::milliseconds duration) {

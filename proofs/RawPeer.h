@@ -39,23 +39,21 @@ class RawPeer {
 
   // New connections meet this script.
   void Serve(Script script);
-  int Connections() const;
-  bool WaitForConnections(int count, std::chrono::milliseconds limit);
+  bool WaitForConnection(std::chrono::milliseconds limit = {});  // whether there was one
 
  private:
   using Context = std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)>;
 
   void Accept();
-  void Stop();
 
   const Context m_context;
   int m_port = 0;
   int m_listener;
 
-  mutable std::mutex m_mutex;  // guards what follows
+  std::mutex m_mutex;  // guards what follows
   std::condition_variable m_changed;
   Script m_script;
-  int m_connections = 0;
+  bool m_hadConnection = false;
   bool m_isStopping = false;
   std::set<int> m_open;  // sockets in use, to be shut down by a stop
   std::vector<std::thread> m_threads;
@@ -73,7 +71,6 @@ class RawPeer::Connection {
   void ReadBody(const std::string& headers);
   // False when the other side has gone.
   bool Send(const std::string& bytes);
-  void WaitForEnd();
   // False when the peer stops.
   bool Pause(std::chrono::milliseconds duration);
   // Hands everything over to another port of loopback, both ways, until one side ends.

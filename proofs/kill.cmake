@@ -1,15 +1,9 @@
 # Products that are killed, and products side by side: the processes and the book of their records.
-if(WIN32)
-  set(system win32)
-else()
-  set(system posix)
-endif()
 add_executable(recording_child recording_child.cpp)
 drivelog_target_settings(recording_child)
 target_link_libraries(recording_child PRIVATE drivelog_operatelog drivelog_test_support)
 
-add_library(drivelog_recording_children STATIC RecordingChildren.cpp
-            ${PROJECT_SOURCE_DIR}/tests/support/ChildProcess_${system}.cpp)
+add_library(drivelog_recording_children STATIC RecordingChildren.cpp)
 drivelog_target_settings(drivelog_recording_children)
 target_compile_definitions(drivelog_recording_children PRIVATE RECORDING_CHILD="$<TARGET_FILE:recording_child>")
 target_link_libraries(drivelog_recording_children PUBLIC drivelog_proof drivelog_collector)

@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
     }
     children.Await(*children.Start(RecordingChildren::Mode::kDeliver));
     children.EndRound(kKills + 1);
-    proof.Check(children.Repeated() <= children.OnTheWay(), "more was repeated than was on its way");
+    proof.Check(children.RepeatsWhatWasOnItsWay(), "more was repeated than was on its way");
   }
-  return proof.Finish(children.Figures());
+  return children.Finish();
 }

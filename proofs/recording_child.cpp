@@ -1,7 +1,7 @@
 // recording_child.cpp - a product in fast motion: records, stores and uploads, until it is killed or done.
 //
 // recording_child FOLDER CA_FILE RSA_KEY BATCH RUN MODE
-//   record   records for ever
+//   record   records for minutes, until it is killed
 //   deliver  ends when nothing is left in the file
 //   FOLDER/local holds the client's settings. A request holds up to BATCH records. An error message ends the
 //   process with status 3. What it does is told in FOLDER/run-RUN line by line, so that nothing said goes
@@ -46,22 +46,13 @@ class FastClock final : public Platform::Clock {
 };
 
 // Never destroyed: threads tell until the process is gone.
-struct Diary {
-  std::mutex mutex;  // guards the file
-  std::ofstream file;
-};
-Diary& diary = *new Diary;
+std::ofstream& diary = *new std::ofstream;
+std::mutex& diaryMutex = *new std::mutex;
 
 void Tell(const std::string& line) {
-  const std::lock_guard<std::mutex> lock(diary.mutex);
-  diary.file << line << std::endl;
+  const std::lock_guard<std::mutex> lock(diaryMutex);
+  diary << line << std::endl;
 }
-
-struct Step {
-  std::string name;
-  explicit Step(const char* text) : name(text) { Tell("+ " + name); }
-  ~Step() { Tell("- " + name); }
-};
 
 // The store's own insert, between two lines about it.
 void Insert(std::vector<Bilog::UserLog>& batch, bool uba) {
@@ -75,10 +66,9 @@ void Insert(std::vector<Bilog::UserLog>& batch, bool uba) {
     return action.substr(action.find('-') + 1);
   };
   const std::string range = kind + (" " + number(batch.front()) + " " + number(batch.back()));
-  const Step step("insert");
-  Tell("> " + range);
+  Tell("+ insert\n> " + range);
   SQLiteDB::LogSQLiteDB::GetInstance().InsertUserLogBatch(batch, uba);
-  Tell("= " + range);
+  Tell("= " + range + "\n- insert");
 }
 
 void Configure(char** argv) {
@@ -109,16 +99,17 @@ void Configure(char** argv) {
   auto& database = Bilog::BiDataBase::GetInstance();
   database.setInsertUserLogBatchCallbackFunc(Insert);
   database.setDeleteUserLogWithIdCallbackFunc([](int first, int last, int maintenance, bool uba) {
-    const Step step("delete");
+    Tell("+ delete");
     SQLiteDB::LogSQLiteDB::GetInstance().DeleteUserLogWithId(first, last, maintenance, uba);
+    Tell("- delete");
   });
 }
 
 bool IsAllDelivered() {
-  auto& database = Bilog::BiDataBase::GetInstance();
-  return database.executeGetUserLogListCallback(1, 1, false).empty() &&
-         database.executeGetUserLogListCallback(1, 0, false).empty() &&
-         database.executeGetUserLogListCallback(1, 0, true).empty();
+  const auto isEmpty = [](int maintenance, bool uba) {
+    return Bilog::BiDataBase::GetInstance().executeGetUserLogListCallback(1, maintenance, uba).empty();
+  };
+  return isEmpty(1, false) && isEmpty(0, false) && isEmpty(0, true);
 }
 
 }  // namespace
@@ -127,7 +118,7 @@ int main(int argc, char** argv) {
   if (argc != 7) return 2;
   const std::wstring prefix = std::to_wstring(std::atoi(argv[5])) + L"-";
   const bool records = std::string(argv[6]) == "record";
-  diary.file.open(std::filesystem::path(argv[1]) / ("run-" + std::string(argv[5])));
+  diary.open(std::filesystem::path(argv[1]) / ("run-" + std::string(argv[5])));
   Tell("+ start");
   Configure(argv);
   auto& bi = Bilog::BILogger::GetInstance();
@@ -137,7 +128,7 @@ int main(int argc, char** argv) {
   operation.StartLoggerTask();
   operation.StartLogRptTask();
   Tell("- start");
-  for (int number = 1; records; ++number) {
+  for (int number = 1; records && number < 100'000; ++number) {  // for longer than it may live
     const std::wstring mark = prefix + std::to_wstring(number);
     bi.OutputBILog(mark, L"0", L"info", L"", L"trace");
     operation.OutputOperationLog(OperateLog::OperationBasicEventType::kDriveActionNewFile,

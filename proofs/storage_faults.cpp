@@ -5,20 +5,18 @@
 // failure, the first call fails, then the second, and so on until the operation ends before a failure comes;
 // each time alone, and with all that follow. Then the file system is well again, and one more insert must
 // leave everything where it belongs.
-#include <sqlite3.h>
-
 #include <filesystem>
 #include <functional>
 #include <map>
 
 #include "client/common/SharedGlobals.h"
 #include "logdb/LogSQLiteDB.h"
-#include "logdb/SqliteHandles.h"
 #include "model/LogSettings.h"
 #include "platform/Clock.h"
 #include "proofs/Proof.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/FaultyVfs.h"
+#include "tests/support/OtherConnection.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
@@ -103,34 +101,32 @@ class Sweep {
     Store().InitDataBase(L"Log.db");
     for (wchar_t digit = L'0'; digit < L'9'; ++digit) Insert({digit});
     {
-      const Ask secondUser(File(), "SELECT 1 FROM T_UserLog");  // keeps the write-ahead log alive
+      const OtherConnection secondUser(File());  // keeps the write-ahead log alive
       Insert(L"9");
       Keep("crashed");
     }
     Keep("closed");
-    Ask(File(), "PRAGMA journal_mode = DELETE");
+    OtherConnection(File()).Run("PRAGMA journal_mode = DELETE");
     Keep("without log");
   }
 
   void Run() {
     const auto init = [] { return Store().InitDataBase(L"Log.db"); };
     const auto insert = [] { return Insert(L"new"), true; };
-    const Operation kOperations[] = {
-        {"start-up", init, kRows, kRows},
-        {"insert", insert, kRows + "new ", kRows + "new "},
-        {"insert that cuts",
-         [&] {
-           Bilog::LogSettings::GetInstance().SetLogDbSize(10);
-           insert();
-           Bilog::LogSettings::GetInstance().SetLogDbSize(1000);
-           return true;
-         },
-         kRows.substr(2) + "new ", kRows + "new "},
-        {"read", [this] { return Read(); }, kRows, kRows},
-        {"delete", [] { return Store().DeleteUserLogWithId(1, 5, 0, false), true; }, kRows.substr(10),
-         kRows}};
-    for (const Operation& operation : kOperations) {
-      for (const char* state : {"closed", "crashed", "without log"}) Run(operation, state);
+    const auto cut = [] {
+      Bilog::LogSettings::GetInstance().SetLogDbSize(10);
+      Insert(L"new");
+      Bilog::LogSettings::GetInstance().SetLogDbSize(1000);
+      return true;
+    };
+    const auto read = [this] { return Read(); };
+    const auto erase = [] { return Store().DeleteUserLogWithId(1, 5, 0, false), true; };
+    for (const char* state : {"closed", "crashed", "without log"}) {
+      Run({"start-up", init, kRows, kRows}, state);
+      Run({"insert", insert, kRows + "new ", kRows + "new "}, state);
+      Run({"insert that cuts", cut, kRows.substr(2) + "new ", kRows + "new "}, state);
+      Run({"read", read, kRows, kRows}, state);
+      Run({"delete", erase, kRows.substr(10), kRows}, state);
     }
     Run({"start-up", init, "", ""}, "missing");
     Run({"insert", insert, "new ", "new "}, "missing");
@@ -145,22 +141,6 @@ class Sweep {
   }
 
  private:
-  // A connection to the file for as long as it lives, and the first value that it asked for.
-  struct Ask {
-    SQLiteDB::ConnectionHandle connection;
-    std::string answer;
-    Ask(const std::string& path, const std::string& sql) {
-      sqlite3* handle = nullptr;
-      sqlite3_open(path.c_str(), &handle);
-      connection.reset(handle);
-      const auto take = [](void* text, int, char** values, char**) {
-        *static_cast<std::string*>(text) = values[0] != nullptr ? values[0] : "";
-        return 0;
-      };
-      sqlite3_exec(handle, sql.c_str(), take, &answer, nullptr);
-    }
-  };
-
   std::string File() const { return m_folder.Narrow("db/Log.db"); }
   void Copy(const fs::path& from, const fs::path& to) const {
     for (const char* name : {"Log.db", "Log.db-wal", "Log.db-shm", "Log.db-journal"}) {
@@ -169,6 +149,18 @@ class Sweep {
     }
   }
   void Keep(const char* state) const { Copy(m_folder.Path() / "db", m_folder.Path() / state); }
+
+  // The actions in order, and what is wrong with the file.
+  std::string Rows() const {
+    try {
+      const OtherConnection file(File());
+      const std::string verdict = file.Run("PRAGMA integrity_check");
+      return file.Run("SELECT group_concat(Action, ' ') FROM (SELECT Action FROM T_UserLog ORDER BY Id)") +
+             (verdict == "ok" ? "" : " " + verdict);
+    } catch (const std::runtime_error& error) {
+      return error.what();
+    }
+  }
 
   // A read may end early and in silence, but with the oldest records.
   bool Read() {
@@ -212,11 +204,7 @@ class Sweep {
     m_log.Clear();
     Insert(L"after");
     for (const LogMessage& error : m_log.OfLevel(5)) m_proof.Check(false, name + "and later " + error.text);
-    const std::string rows =
-        Ask(File(),
-            "SELECT group_concat(Action, ' ') || iif(integrity_check = 'ok', '', ' ' || integrity_check)"
-            "FROM (SELECT Action FROM T_UserLog ORDER BY Id), pragma_integrity_check")
-            .answer;
+    const std::string rows = Rows();
     const bool hasWaited =
         m_log.Count("InsertUserLogBatch stored 1 records that had waited for the database") > 0;
     const bool isDone = rows == operation.done + "after" && !hasWaited;

@@ -24,7 +24,7 @@ changed_sources() { # BASE
   { git diff --name-only --diff-filter=d "$base" --
     git ls-files --others --exclude-standard; } | sort -u | while read -r file; do
     case $file in
-      tests/* | bench/*) ;;
+      tests/* | proofs/* | bench/*) ;;
       *.cpp) echo "$file" ;;
       *.h) all_sources | xargs -r grep -lF "$(basename "$file")\"" || true ;;
     esac

@@ -10,12 +10,6 @@
 namespace Drive {
 namespace {
 
-const std::string kReplacement = "\xEF\xBF\xBD";
-
-std::string FromUtf16(const std::u16string& text) {
-  return TypeConvert::UnicodeToUTF8(TypeConvert::UTF16ToUnicode(text.data(), text.size()));
-}
-
 TEST(TypeConvertTest, KeepsEveryCharacter) {
   std::u16string all;
   for (char32_t character = 0; character <= 0x10FFFF; ++character) {
@@ -42,17 +36,6 @@ TEST(TypeConvertTest, ReplacesWhatIsNoUtf8AndKeepsItsNeighbours) {
     ASSERT_GE(between.size(), 3U) << testing::PrintToString(bytes);
     EXPECT_EQ(between, L"a" + std::wstring(between.size() - 2, L'\uFFFD') + L"b");
     EXPECT_EQ(TypeConvert::UTF8ToUnicode("a" + bytes).substr(0, 2), L"a\uFFFD");
-  }
-}
-
-TEST(TypeConvertTest, ReplacesLoneSurrogates) {
-  EXPECT_EQ(FromUtf16({u'a', 0xD83D, u'b'}), "a" + kReplacement + "b");
-  EXPECT_EQ(FromUtf16({u'a', 0xD83D}), "a" + kReplacement);
-  EXPECT_EQ(FromUtf16({0xDE00, u'a'}), kReplacement + "a");
-  EXPECT_EQ(FromUtf16({0xD83D, 0xD83D, 0xDE00}), kReplacement + "\xF0\x9F\x98\x80");
-  if (sizeof(wchar_t) > sizeof(char16_t)) {
-    EXPECT_EQ(TypeConvert::UnicodeToUTF8({static_cast<wchar_t>(0x110000), static_cast<wchar_t>(-1)}),
-              kReplacement + kReplacement);
   }
 }
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <thread>
 
-#include "collector/Collector.h"
 #include "tests/CollectorRequests.h"
+#include "tests/support/ProductFiles.h"
 #include "tests/support/TempFolder.h"
 
 namespace Drive::Testing {
@@ -21,11 +21,6 @@ constexpr Channel kU = Channel::kUba;
 
 class CollectorServerTest : public testing::Test {
  protected:
-  CollectorServerTest() {
-    m_options.dataFolder = m_folder.Path();
-    m_options.database = ":memory:";
-  }
-
   // Made on first use, of the options as they are then.
   Collector& Service() {
     if (!m_collector) {
@@ -73,7 +68,7 @@ class CollectorServerTest : public testing::Test {
   }
 
   TempFolder m_folder;
-  Collector::Options m_options;
+  Collector::Options m_options = CollectorIn(m_folder.Path());
   std::unique_ptr<Collector> m_collector;
   httplib::Error m_error{};  // of the last Post
   std::string m_answer;

@@ -1,15 +1,11 @@
 // EndToEndExitTest.cpp - a host may return from main at any moment, and must be gone soon and in good order.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
-#include <chrono>
-#include <cstdint>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <string>
 
-#include "collector/Collector.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/OtherConnection.h"
+#include "tests/support/ProductFiles.h"
 #include "tests/support/TempFolder.h"
 
 namespace Drive {
@@ -22,51 +18,39 @@ int Runs() {
   return runs == nullptr ? 8 : std::atoi(runs);
 }
 
-// Operation records in the database somewhere below `folder`; -1 when there is none.
-int CountOperationRows(const std::filesystem::path& folder) {
-  int rows = -1;
+std::string CountOperationRows(const std::filesystem::path& folder) {
   for (const auto& file : std::filesystem::recursive_directory_iterator(folder)) {
     if (file.path().filename() == "userLogDB") {
-      sqlite3* database = nullptr;
-      sqlite3_stmt* count = nullptr;
-      EXPECT_EQ(SQLITE_OK, sqlite3_open(file.path().u8string().c_str(), &database));
-      sqlite3_prepare_v2(database, "SELECT count(*) FROM T_UserLog WHERE IsMaintenanceLog = 0", -1, &count,
-                         nullptr);
-      rows = sqlite3_step(count) == SQLITE_ROW ? sqlite3_column_int(count, 0) : rows;
-      sqlite3_finalize(count);
-      sqlite3_close(database);
+      return Testing::OtherConnection(file.path().u8string())
+          .Run("SELECT count(*) FROM T_UserLog WHERE IsMaintenanceLog = 0");
     }
   }
-  return rows;
+  return "no database";
 }
 
 class ExitTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(ExitTest, EndsWithinTwoSecondsWithoutACrashAndWithWhatWasQueued) {
   const Testing::TempFolder folder;
-  Collection::Collector::Options options;
-  options.dataFolder = folder.Path() / "collector";
-  options.database = ":memory:";
-  Collection::Collector collector(options);
+  Collection::Collector collector(Testing::CollectorIn(folder.Path()));
   Collection::Fault hang;
   hang.delay = std::chrono::seconds(30);
   hang.count = 0;
   collector.InjectFault(hang);
 
   for (int run = 0; run < Runs(); ++run) {
-    const std::string runFolder = folder.Narrow("run" + std::to_string(run));
-    const std::string command = std::string(EXIT_WHILE_RUNNING) + " " + GetParam() + " " + runFolder + " " +
-                                collector.Url() + " " + collector.CaPath() + " " +
-                                std::to_string(run * 3 % 40);
-    ASSERT_EQ(std::system(command.c_str()), 0) << command;
-    const std::chrono::nanoseconds ended(std::chrono::steady_clock::now().time_since_epoch());
-    std::int64_t returned = 0;
-    std::ifstream(std::filesystem::u8path(runFolder) / "returned") >> returned;
-    EXPECT_LT(ended - std::chrono::nanoseconds(returned), std::chrono::seconds(2)) << command;
+    const std::filesystem::path runFolder = folder.Path() / "run";
+    Testing::WriteSettings(runFolder / "local", collector.Url(), collector.Url());
+    SCOPED_TRACE(run);
+    ASSERT_LT(Testing::TimeToEnd(
+                  EXIT_WHILE_RUNNING,
+                  {GetParam(), runFolder.u8string(), collector.CaPath(), std::to_string(run * 3 % 40)},
+                  runFolder / "returned"),
+              std::chrono::seconds(2));
     if (GetParam().rfind("queued-", 0) == 0) {
-      ASSERT_EQ(CountOperationRows(std::filesystem::u8path(runFolder)), 1000) << command;
+      ASSERT_EQ(CountOperationRows(runFolder), "1000");
     }
-    std::filesystem::remove_all(std::filesystem::u8path(runFolder));
+    std::filesystem::remove_all(runFolder);
   }
 }
 

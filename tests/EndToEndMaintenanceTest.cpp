@@ -9,15 +9,11 @@
 namespace Drive {
 namespace {
 
-using Collection::Collector;
-using Collection::ServerCertificate;
 using std::chrono::milliseconds;
 
 class MaintenanceTest : public Testing::ProductFixture {
  protected:
   static constexpr Channel kChannel = Channel::kMaintenance;
-
-  explicit MaintenanceTest(Collector::Options options = {}) : Testing::ProductFixture(std::move(options)) {}
 
   void Add(int count) {
     for (int i = 0; i < count; ++i) {
@@ -106,35 +102,6 @@ TEST_F(MaintenanceTest, KeepsRowsUntilAccepted) {
   }
 }
 
-TEST_F(MaintenanceTest, DeliversHostileTextsAndWhatFollowsThem) {
-  const std::wstring deep = std::wstring(10000, L'[') + std::wstring(10000, L']');
-  const std::wstring texts[] = {
-      L"{\"ResultInfo\":{\"file_id\":\"a\",\"file_size\":12}}",
-      L"{\"ResultInfo\":[1,2]}",
-      L"{\"ResultInfo\":{\"file_id\":{},\"file_size\":\"x\",\"thumbnail_type\":1e999}}",
-      L"[1,2,3]",
-      L"{\"a\":1} // trailing",
-      L"\"DEVICE_BRAND\"",
-      L"{\"DEVICE_BRAND\":[{}]}",
-      deep,
-      L"{\"x\":" + deep + L"}",
-      std::wstring(L"lone ") + static_cast<wchar_t>(0xD83D) + L" surrogate " + static_cast<wchar_t>(0xDE00),
-      std::wstring(L"nul\0inside", 10),
-      L"\x01\x1f\x7f\u20ac \U0001F600",
-      std::wstring(1024 * 1024, L'x'),
-  };
-  for (const std::wstring& text : texts) {
-    m_manager.AddEvent(1, L"0", L"dropped", text, text);
-    m_manager.AddEvent(text, text, text, text, text);
-  }
-  m_manager.AddEvent(L"last", L"0", L"", L"", L"");
-  Start();
-  Tick();
-  EXPECT_EQ(Accepted(kChannel), static_cast<std::int64_t>(2 * std::size(texts) + 1)) << Refusals();
-  EXPECT_EQ(Stored(kChannel), 0u);
-  EXPECT_EQ(m_collector.Records(kChannel, 1)[0].record["Action"].asString(), "last");
-}
-
 TEST_F(MaintenanceTest, SplitsABatchThatIsTooLargeAndDropsARecordThatIs) {
   // Hardly compressible texts: one of 120 000 characters fits a request, two do not, one of 400 000 does not.
   const auto noise = [](std::size_t length) {
@@ -154,29 +121,6 @@ TEST_F(MaintenanceTest, SplitsABatchThatIsTooLargeAndDropsARecordThatIs) {
   EXPECT_EQ(Stored(kChannel), 0u);
   EXPECT_EQ(CountBeginning("record too large for any request, deleted, Id:2"), 1u);
 }
-
-class CertificateTest : public MaintenanceTest, public testing::WithParamInterface<ServerCertificate> {
- protected:
-  CertificateTest() : MaintenanceTest(OptionsOf(GetParam())) {}
-  static Collector::Options OptionsOf(ServerCertificate certificate) {
-    Collector::Options options;
-    options.certificate = certificate;
-    return options;
-  }
-};
-
-TEST_P(CertificateTest, SendsNothingToAServerThatCannotBeTrusted) {
-  Add(1);
-  Start();
-  Tick();
-  EXPECT_EQ(Attempts(kChannel), 0);
-  EXPECT_EQ(Stored(kChannel), 1u);
-  EXPECT_EQ(CountBeginning("PushLogToServer Fail result:60"), 3u);
-}
-
-INSTANTIATE_TEST_SUITE_P(Faults, CertificateTest,
-                         testing::Values(ServerCertificate::kExpired, ServerCertificate::kWrongHost,
-                                         ServerCertificate::kForeignAuthority));
 
 }  // namespace
 }  // namespace Drive

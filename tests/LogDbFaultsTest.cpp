@@ -1,11 +1,15 @@
 // LogDbFaultsTest.cpp - locked, full, damaged and missing files, and the records that wait for them. The
 // calls of the file system fail one by one in proofs/storage_faults.cpp.
+#include <chrono>
+#include <cstdlib>
 #include <fstream>
 #include <functional>
+#include <optional>
 #include <thread>
 #include <tuple>
 
 #include "logdb/KeptRecords.h"
+#include "platform/ProcessEnd.h"
 #include "tests/LogDbFixture.h"
 #include "tests/support/FaultyVfs.h"
 #include "tests/support/ManualClock.h"
@@ -70,6 +74,29 @@ TEST_F(LogDbFaultsTest, WaitsForALockedFileForAWhile) {
              "_executeNoQuerySqlCmd: _executeNoQuerySqlCmd failed,error code is 5,reason:database is locked",
              "DeleteUserLogWithId: DeleteUserLogWithId failed,error code is 5,reason:database is locked"}),
       Errors());
+}
+
+// With the file locked the end must not wait for long; what comes when the file is free is stored.
+TEST_F(LogDbFaultsTest, TheEndOfTheProcessDoesNotWaitForALock) {
+  testing::FLAGS_gtest_death_test_style = "threadsafe";
+  const auto end = [this] {
+    ManualClock clock;
+    std::optional<OtherConnection> other(Path());
+    other->Run("BEGIN EXCLUSIVE");
+    std::thread insert([] { Insert({Record(L"a")}); });
+    clock.WaitForWaiters(1);
+    const auto begun = std::chrono::steady_clock::now();
+    Platform::ProcessEnd::Begin();
+    Database().DeleteUserLogWithId(1, 1, 0, false);
+    insert.join();
+    const auto took = std::chrono::steady_clock::now() - begun;
+    other.reset();
+    Insert({Record(L"b")});
+    const bool isGood = took < std::chrono::milliseconds(1900) && Actions() == "a b";
+    std::filesystem::remove_all(m_folder.Path());
+    std::_Exit(isGood ? 0 : 1);
+  };
+  EXPECT_EXIT(end(), testing::ExitedWithCode(0), "");
 }
 
 class LogDbKeptRecordsTest : public LogDbTest {

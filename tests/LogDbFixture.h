@@ -2,7 +2,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <filesystem>
 #include <string>
@@ -10,44 +9,14 @@
 
 #include "client/common/SharedGlobals.h"
 #include "logdb/LogSQLiteDB.h"
-#include "logdb/SqliteHandles.h"
 #include "model/LogSettings.h"
 #include "tests/support/CapturedLog.h"
+#include "tests/support/OtherConnection.h"
 #include "tests/support/TempFolder.h"
 
 namespace Drive::Testing {
 
 using Texts = std::vector<std::string>;
-
-// Another user of the database file.
-class OtherConnection {
- public:
-  explicit OtherConnection(const std::string& path) {
-    sqlite3* handle = nullptr;
-    EXPECT_EQ(SQLITE_OK, sqlite3_open(path.c_str(), &handle));
-    m_handle.reset(handle);
-    Run("PRAGMA synchronous = OFF");
-  }
-
-  sqlite3* Handle() const { return m_handle.get(); }
-
-  // The columns of the first row as text, such as "1|a"; "" without one.
-  std::string Run(const std::string& sql) {
-    std::string text;
-    const auto append = [](void* result, int columns, char** values, char**) {
-      for (int i = 0; i < columns; ++i) {
-        static_cast<std::string*>(result)->append(i > 0 ? "|" : "").append(values[i] ? values[i] : "");
-      }
-      return 1;
-    };
-    const int code = sqlite3_exec(Handle(), sql.c_str(), append, &text, nullptr);
-    EXPECT_TRUE(code == SQLITE_OK || code == SQLITE_ABORT) << sql << ": " << code;
-    return text;
-  }
-
- private:
-  SQLiteDB::ConnectionHandle m_handle;
-};
 
 class LogDbTest : public testing::Test {
  protected:

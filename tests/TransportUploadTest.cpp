@@ -9,10 +9,10 @@
 #include "client/common/IPCDriveClient.h"
 #include "client/common/SharedGlobals.h"
 #include "client/log/SyncPanelLog.h"
-#include "collector/Collector.h"
 #include "model/LogSettings.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/FakeSystem.h"
+#include "tests/support/ProductFiles.h"
 #include "tests/support/TempFolder.h"
 #include "transport/PushLogRequest.h"
 
@@ -26,7 +26,7 @@ const std::string kClass = "Drive::Bilog::PushLogRequest::";
 
 class UploadTest : public testing::Test {
  protected:
-  UploadTest() : m_collector(Options(m_folder)) {
+  UploadTest() {
     m_system.local = m_folder.Path().wstring();
     Platform::InstallSystem(&m_system);
     g_certPath = std::filesystem::u8path(m_collector.CaPath()).wstring();
@@ -39,17 +39,9 @@ class UploadTest : public testing::Test {
     LogSettings::GetInstance().Reset();
     m_global.SetIsUseLocalCertificate(false);
   }
-  static Collection::Collector::Options Options(const TempFolder& folder) {
-    Collection::Collector::Options options;
-    options.dataFolder = folder.Path() / "collector";
-    options.database = ":memory:";
-    return options;
-  }
 
   void Configure(const std::string& address) {
-    std::filesystem::create_directories(m_folder.Path() / "TalvikCloud");
-    std::ofstream(m_folder.Path() / "TalvikCloud" / "SyncSetting.ini")
-        << "[Server]\nBaseUri=" << address << "\nUbaUri=" << address << "\nMacAddressEncrypt=abc\n";
+    WriteSettings(m_folder.Path(), address, address);
     m_client.Init();
     EXPECT_TRUE(m_log.Has({0, 43, kClass + "Init", "{PushLogRequest}baseUriPushLog:" + address}));
     m_log.Clear();
@@ -67,7 +59,7 @@ class UploadTest : public testing::Test {
   TempFolder m_folder;
   FakeSystem m_system;
   CapturedLog m_log;
-  Collection::Collector m_collector;
+  Collection::Collector m_collector{CollectorIn(m_folder.Path())};
   GlobalValue& m_global = GlobalValue::GetInstatnce();
   PushLogRequest m_client;
 };
@@ -116,6 +108,21 @@ TEST_F(UploadTest, ConnectsToNobodyWhereNothingIsToBeSent) {
   EXPECT_EQ(m_log.All(), (Messages{{2, 62, kClass + "PushLogToBiServer", "baseUri is empty"}}));
   g_certPath = L"any";
   EXPECT_FALSE(PushToUba()) << "unlike there";
+}
+
+TEST_F(UploadTest, SendsNothingToAServerThatCannotBeTrusted) {
+  using Collection::ServerCertificate;
+  for (const auto certificate :
+       {ServerCertificate::kExpired, ServerCertificate::kWrongHost, ServerCertificate::kForeignAuthority}) {
+    auto options = CollectorIn(m_folder.Path());  // of the same authority
+    options.certificate = certificate;
+    Collection::Collector other(options);
+    Configure(other.Url());
+    EXPECT_FALSE(PushToBi());
+    EXPECT_EQ(m_log.All(),
+              Messages(3, {5, 121, kClass + "PushLogToServer", "PushLogToServer Fail result:60"}));
+    EXPECT_EQ(other.Counts(Collection::Channel::kMaintenance).attempts, 0);
+  }
 }
 
 TEST_F(UploadTest, TrustsTheSystemsStoreWhenTold) {

@@ -1,15 +1,12 @@
 // WindowsDllTest.cpp - the DLL in a host's process: its end, and its unloading.
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <cstdint>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "platform/System.h"
 #include "tests/LogDbFixture.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TempFolder.h"
 
 namespace Drive::Testing {
@@ -24,21 +21,12 @@ std::filesystem::path FolderOf(const std::wstring& fileName) {
   return {};
 }
 
-// Runs the host, which must end in good order and soon after its return from main.
-void RunHost(int number, const std::string& momentFile, const std::string& mode) {
-  const std::string command = DLL_HOST " " + std::to_string(number) + " " + momentFile + " " + mode;
-  ASSERT_EQ(std::system(command.c_str()), 0) << command;
-  const std::chrono::nanoseconds ended(std::chrono::steady_clock::now().time_since_epoch());
-  std::int64_t returned = 0;
-  std::ifstream(momentFile) >> returned;
-  EXPECT_LT(ended - std::chrono::nanoseconds(returned), std::chrono::seconds(2)) << command;
-}
-
-// Runs it again and again; `sql` asks the database that each run leaves.
+// Runs the host again and again; `sql` asks the database that each run leaves.
 void RunHosts(int runs, const char* mode, const char* sql, const char* answer) {
   const TempFolder folder;
   for (int run = 0; run < runs; ++run) {
-    ASSERT_NO_FATAL_FAILURE(RunHost(run, folder.Narrow("moment"), mode));
+    const std::vector<std::string> arguments{std::to_string(run), folder.Narrow("moment"), mode};
+    ASSERT_LT(TimeToEnd(DLL_HOST, arguments, folder.Path() / "moment"), std::chrono::seconds(2)) << run;
     const std::wstring fileName = std::to_wstring(run) + L"-\u7528\u6237\U0001F600LogDB";
     const std::filesystem::path database = FolderOf(fileName);
     ASSERT_FALSE(database.empty()) << run;
@@ -55,7 +43,7 @@ TEST(DllTest, EndsInGoodOrderWhateverItsThreadsHaveLocked) {
   RunHosts(30, "busy", "PRAGMA integrity_check", "ok");
 }
 
-TEST(DllTest, StaysLoadedWhileItsThreadsRun) { EXPECT_EQ(std::system(DLL_UNLOAD), 0); }
+TEST(DllTest, StaysLoadedWhileItsThreadsRun) { EXPECT_EQ(ChildProcess(DLL_UNLOAD, {}).Wait(), 0); }
 
 }  // namespace
 }  // namespace Drive::Testing

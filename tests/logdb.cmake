@@ -1,3 +1,3 @@
 drivelog_test(logdb_tests
-              SOURCES LogDbFaultsTest.cpp LogDbFileTest.cpp LogDbRecordsTest.cpp LogDbThreadsTest.cpp
+              SOURCES LogDbFaultsTest.cpp LogDbFileTest.cpp LogDbRecordsTest.cpp
               USES drivelog_logdb drivelog_test_support)

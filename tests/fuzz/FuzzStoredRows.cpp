@@ -1,13 +1,11 @@
 // FuzzStoredRows.cpp - rows with values of any type in any column are read, delivered and deleted.
 //
 // Input: channel, then for each column of a row the kind of its value and the value.
-#include <sqlite3.h>
-
 #include "client/common/SharedGlobals.h"
 #include "logdb/LogSQLiteDB.h"
-#include "logdb/SqliteHandles.h"
 #include "logdb/UserLogRow.h"
 #include "tests/fuzz/Fuzz.h"
+#include "tests/support/OtherConnection.h"
 #include "tests/support/TempFolder.h"
 
 namespace Drive::Testing {
@@ -25,18 +23,7 @@ struct Database {
     g_logDbFullPathWithName = folder.Narrow("db/Log.db");
     Promise(log.InitDataBase(L"Log.db"), "no database");
   }
-  SQLiteDB::ConnectionHandle Open() const {
-    sqlite3* handle = nullptr;
-    Promise(sqlite3_open(folder.Narrow("db/Log.db").c_str(), &handle) == SQLITE_OK, "no connection");
-    return SQLiteDB::ConnectionHandle(handle);
-  }
 };
-
-SQLiteDB::StatementHandle Prepare(sqlite3* connection, const std::string& sql) {
-  sqlite3_stmt* statement = nullptr;
-  Promise(sqlite3_prepare_v2(connection, sql.c_str(), -1, &statement, nullptr) == SQLITE_OK, sql);
-  return SQLiteDB::StatementHandle(statement);
-}
 
 void BindAny(sqlite3_stmt* insert, int column, FuzzInput& input) {
   const int kind = input.Byte() % 6;
@@ -59,9 +46,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const bool isUba = channel == Collection::Channel::kUba;
   const int maintenance = channel == Collection::Channel::kMaintenance ? 1 : 0;
   {
-    const auto connection = database.Open();
-    sqlite3_exec(connection.get(), "PRAGMA synchronous = OFF; BEGIN", nullptr, nullptr, nullptr);
-    const auto insert = Prepare(connection.get(), SQLiteDB::InsertSql(SQLiteDB::TableOf(isUba)));
+    const OtherConnection connection(database.folder.Narrow("db/Log.db"));
+    connection.Run("BEGIN");
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(connection.Handle(), SQLiteDB::InsertSql(SQLiteDB::TableOf(isUba)).c_str(), -1,
+                       &statement, nullptr);
+    const SQLiteDB::StatementHandle insert(statement);
     do {
       for (int column = 1; column < kLastColumn; ++column) BindAny(insert.get(), column, input);
       sqlite3_bind_int(insert.get(), kLastColumn, maintenance);
@@ -69,12 +59,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       sqlite3_reset(insert.get());
       sqlite3_clear_bindings(insert.get());
     } while (!input.IsEmpty());
-    sqlite3_exec(connection.get(), "COMMIT", nullptr, nullptr, nullptr);
-    const auto count =
-        Prepare(connection.get(), std::string("SELECT count(*) FROM ") + SQLiteDB::TableOf(isUba));
-    sqlite3_step(count.get());
+    connection.Run("COMMIT");
+    const std::string count = connection.Run(std::string("SELECT count(*) FROM ") + SQLiteDB::TableOf(isUba));
     const auto records = database.log.GetUserLogList(1000000, maintenance, isUba);
-    Promise(records.size() == static_cast<std::size_t>(sqlite3_column_int(count.get(), 0)), "not all rows");
+    Promise(std::to_string(records.size()) == count, "not all rows");
     PromiseDelivery(channel, records);
     database.log.DeleteUserLogWithId(records.front().get_Id(), records.back().get_Id(), maintenance, isUba);
   }

@@ -1,6 +1,7 @@
 // RunSeeds.cpp - runs a fuzz target on its seeds and on some changes of them, where there is no fuzzer.
 //
 // NAME CORPUS_FOLDER [CHANGES_OF_EACH_SEED]
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -41,11 +42,13 @@ std::string Changed(std::string input, const std::string& other, std::mt19937& d
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc < 2) return 2;
   std::vector<std::string> seeds = {""};
   for (const auto& file : std::filesystem::directory_iterator(std::filesystem::u8path(argv[1]))) {
     std::ifstream stream(file.path(), std::ios::binary);
     seeds.emplace_back(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
   }
+  std::sort(seeds.begin(), seeds.end());  // the changes are the same wherever they are made
   std::mt19937 draw(1);
   const int changes = argc > 2 ? std::atoi(argv[2]) : 0;
   for (const std::string& seed : seeds) {

@@ -1,6 +1,6 @@
 // exit_while_running.cpp - returns from main while the library's threads are at work.
 //
-// exit_while_running MODE FOLDER BASE_URI CA_FILE MILLISECONDS
+// exit_while_running MODE FOLDER CA_FILE MILLISECONDS
 //   idle              all threads run and have nothing to do
 //   upload            a request is on its way to a server that does not answer, and a stop waits for it
 //   insert            thousands of records are being stored
@@ -9,9 +9,9 @@
 //   queued-operation  the same, the operation facade was used first
 //   queued-unstarted  the same, and no thread was ever started
 //   queued-inner      the same, what stands behind the facades was used last, and only the save timer runs
-// MILLISECONDS passes between the moment that MODE describes and the return from main. The moment of the
-// return is left in FOLDER/returned, as the steady clock's nanoseconds, which all processes of a machine
-// share.
+// FOLDER/local holds the client's settings. MILLISECONDS passes between the moment that MODE describes and
+// the return from main. The moment of the return is left in FOLDER/returned, as the steady clock's
+// nanoseconds, which all processes of a machine share.
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -37,14 +37,11 @@ using std::chrono::milliseconds;
 
 std::atomic<bool> isUploading{false};
 
-void Install(const std::filesystem::path& folder, const std::string& baseUri) {
+void Install(const std::filesystem::path& folder) {
   auto& system = *new Testing::FakeSystem;  // threads ask it until the process is gone
   system.roaming = (folder / "roaming").wstring();
   system.local = (folder / "local").wstring();
   Platform::InstallSystem(&system);
-  std::filesystem::create_directories(folder / "local" / "TalvikCloud");
-  std::ofstream(folder / "local" / "TalvikCloud" / "SyncSetting.ini")
-      << "BaseUri=" << baseUri << "\nUbaUri=" << baseUri << "\nMacAddressEncrypt=device\n";
 }
 
 void Configure(const std::string& caFile) {
@@ -135,13 +132,13 @@ void Enter(const std::string& mode, const std::string& caFile) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 6) {
-    std::fputs("usage: exit_while_running MODE FOLDER BASE_URI CA_FILE MILLISECONDS\n", stderr);
+  if (argc != 5) {
+    std::fputs("usage: exit_while_running MODE FOLDER CA_FILE MILLISECONDS\n", stderr);
     return 2;
   }
-  Install(argv[2], argv[3]);
-  Enter(argv[1], argv[4]);
-  std::this_thread::sleep_for(milliseconds(std::atoi(argv[5])));
+  Install(argv[2]);
+  Enter(argv[1], argv[3]);
+  std::this_thread::sleep_for(milliseconds(std::atoi(argv[4])));
   std::ofstream(std::filesystem::path(argv[2]) / "returned")
       << std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
   return 0;

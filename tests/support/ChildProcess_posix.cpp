@@ -6,14 +6,14 @@
 
 #include <cerrno>
 #include <system_error>
+#include <thread>
 
 #include "tests/support/ChildProcess.h"
 
 namespace Drive::Testing {
 
 ChildProcess::ChildProcess(const std::string& program, const std::vector<std::string>& arguments) {
-  std::vector<char*> pointers{
-      const_cast<char*>(program.c_str())};  // that the interface is not const is history
+  std::vector<char*> pointers{const_cast<char*>(program.c_str())};  // the interface is older than const
   for (const std::string& argument : arguments) pointers.push_back(const_cast<char*>(argument.c_str()));
   pointers.push_back(nullptr);
   pid_t process = 0;
@@ -31,11 +31,19 @@ void ChildProcess::Kill() {
   if (m_status < 0) kill(static_cast<pid_t>(m_process), SIGKILL);
 }
 
-int ChildProcess::Wait() {
+int ChildProcess::Wait(std::chrono::milliseconds limit) {
+  const auto end = std::chrono::steady_clock::now() + limit;
   int status = 0;
   while (m_status < 0) {
-    if (waitpid(static_cast<pid_t>(m_process), &status, 0) < 0 && errno == EINTR) continue;
-    m_status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    const pid_t ended = waitpid(static_cast<pid_t>(m_process), &status, WNOHANG);
+    if (ended > 0) {
+      m_status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    } else if (ended < 0 && errno != EINTR) {
+      throw std::system_error(errno, std::generic_category(), "waitpid");
+    } else {
+      if (std::chrono::steady_clock::now() > end) Kill();
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
   }
   return m_status;
 }

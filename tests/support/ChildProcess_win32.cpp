@@ -33,11 +33,13 @@ void ChildProcess::Kill() {
   if (m_status < 0) TerminateProcess(reinterpret_cast<HANDLE>(m_process), kKilled);
 }
 
-int ChildProcess::Wait() {
+int ChildProcess::Wait(std::chrono::milliseconds limit) {
   if (m_status < 0) {
     DWORD code = 0;
-    WaitForSingleObject(reinterpret_cast<HANDLE>(m_process), INFINITE);
-    GetExitCodeProcess(reinterpret_cast<HANDLE>(m_process), &code);
+    const HANDLE process = reinterpret_cast<HANDLE>(m_process);
+    if (WaitForSingleObject(process, static_cast<DWORD>(limit.count())) == WAIT_TIMEOUT) Kill();
+    WaitForSingleObject(process, INFINITE);
+    GetExitCodeProcess(process, &code);
     m_status = static_cast<int>(code & 0x7FFFFFFFU);  // a crash has the highest bits of all
   }
   return m_status;

@@ -5,19 +5,18 @@
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "bilog/BILoggerManager.h"
 #include "bilog/BILoggerTimer.h"
 #include "client/common/SharedGlobals.h"
-#include "collector/Collector.h"
 #include "drivelog/BILogger.h"
 #include "drivelog/BiDataBase.h"
 #include "model/LogSettings.h"
 #include "tests/support/CapturedLog.h"
 #include "tests/support/FakeSystem.h"
 #include "tests/support/ManualClock.h"
+#include "tests/support/ProductFiles.h"
 #include "tests/support/TempFolder.h"
 
 namespace Drive::Testing {
@@ -28,17 +27,12 @@ class ProductFixture : public testing::Test {
  protected:
   using Channel = Collection::Channel;
 
-  explicit ProductFixture(Collection::Collector::Options options = {})
-      : m_collector(WithDefaults(std::move(options), m_folder)) {
+  ProductFixture() {
     Bilog::LogSettings::GetInstance().Reset();
     m_system.roaming = m_folder.Wide("roaming");
     m_system.local = m_folder.Wide("local");
     Platform::InstallSystem(&m_system);
-    const std::filesystem::path settings = m_folder.Path() / "local" / "TalvikCloud";
-    std::filesystem::create_directories(settings);
-    std::ofstream(settings / "SyncSetting.ini")
-        << "[Server]\nBaseUri=" << m_collector.Url() << "\nUbaUri=" << m_collector.Url()
-        << "\nMacAddressEncrypt=device-1\n";
+    WriteSettings(m_folder.Path() / "local", m_collector.Url(), m_collector.Url());
     auto& logger = Bilog::BILogger::GetInstance();
     EXPECT_TRUE(logger.InitDataBase(L"user-1"));
     g_certPath = std::filesystem::u8path(m_collector.CaPath()).wstring();
@@ -92,18 +86,11 @@ class ProductFixture : public testing::Test {
     return text;
   }
 
-  static Collection::Collector::Options WithDefaults(Collection::Collector::Options options,
-                                                     const TempFolder& folder) {
-    options.dataFolder = folder.Path() / "collector";
-    options.database = ":memory:";
-    return options;
-  }
-
   TempFolder m_folder;
   FakeSystem m_system;
   CapturedLog m_log;
   ManualClock m_clock;
-  Collection::Collector m_collector;
+  Collection::Collector m_collector{CollectorIn(m_folder.Path())};
 };
 
 }  // namespace Drive::Testing

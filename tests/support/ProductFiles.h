@@ -1,0 +1,28 @@
+// ProductFiles.h - the files that a product and its collector find in a test's folder.
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "collector/Collector.h"
+
+namespace Drive::Testing {
+
+// A collector whose keys are in FOLDER/collector, and its records nowhere.
+inline Collection::Collector::Options CollectorIn(const std::filesystem::path& folder) {
+  Collection::Collector::Options options;
+  options.dataFolder = folder / "collector";
+  options.database = ":memory:";
+  return options;
+}
+
+// Writes the client's settings below its local application data.
+inline void WriteSettings(const std::filesystem::path& local, const std::string& baseUri,
+                          const std::string& ubaUri) {
+  std::filesystem::create_directories(local / "TalvikCloud");
+  std::ofstream(local / "TalvikCloud" / "SyncSetting.ini")
+      << "[Server]\nBaseUri=" << baseUri << "\nUbaUri=" << ubaUri << "\nMacAddressEncrypt=device-1\n";
+}
+
+}  // namespace Drive::Testing
