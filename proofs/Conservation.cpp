@@ -263,7 +263,7 @@ std::string Figures(const Ledger::Totals& sum, int rounds, std::int64_t faults) 
 
 int main(int argc, char** argv) {
   using namespace Drive::Testing;
-  Proof proof("conservation", argc, argv);
+  Proof proof("prove_conservation", argc, argv);
   const TempFolder keys;
   Ledger::Totals sum;
   std::int64_t faults = 0;

@@ -44,9 +44,8 @@ run_fuzzer() { # NAME SECONDS
 }
 run_memcheck() {
   local result=0
-  valgrind --error-exitcode=9 --leak-check=full --show-leak-kinds=definite,indirect \
-    --errors-for-leak-kinds=definite,indirect \
-    build/release/tests/endtoend_tests --gtest_filter='*.Delivers*AndDeletesWhatWasAccepted' 2>&1 || result=$?
+  scripts/memcheck.sh build/release/tests/endtoend_tests \
+    --gtest_filter='*.Delivers*AndDeletesWhatWasAccepted' 2>&1 || result=$?
   echo "memcheck: $(grep -ao '[0-9]* tests\?\.$' "$logs/memcheck.log" | tail -n 1)" \
     "$(grep -ao 'definitely lost: .*' "$logs/memcheck.log" || echo 'nothing lost');" \
     "$(grep -ao 'ERROR SUMMARY: [0-9]* errors' "$logs/memcheck.log")"

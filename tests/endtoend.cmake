@@ -13,8 +13,7 @@ add_dependencies(endtoend_tests exit_while_running)
 find_program(VALGRIND valgrind)
 if(VALGRIND AND NOT WIN32 AND NOT CMAKE_CXX_FLAGS MATCHES "fsanitize")
   add_test(NAME memcheck.endtoend
-           COMMAND ${VALGRIND} --quiet --error-exitcode=9 --leak-check=full
-                   --show-leak-kinds=definite,indirect --errors-for-leak-kinds=definite,indirect
+           COMMAND ${PROJECT_SOURCE_DIR}/scripts/memcheck.sh
                    $<TARGET_FILE:endtoend_tests> --gtest_filter=OperationTest.DeliversBoth*)
   set_tests_properties(memcheck.endtoend PROPERTIES TIMEOUT 600)
 endif()
