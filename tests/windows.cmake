@@ -14,8 +14,10 @@ set_target_properties(dll_plugin PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY $
 target_link_libraries(dll_host PRIVATE drivelog::drivelog)
 target_link_libraries(dll_plugin PRIVATE drivelog::drivelog)
 
+# A process that has loaded the DLL cannot be given folders of the test's: they are the account's.
 drivelog_test(windows_tests SOURCES WindowsDllTest.cpp WindowsSystemTest.cpp
-              USES drivelog_logdb drivelog_test_support)
+              USES drivelog_logdb drivelog_test_support
+              LOCK account)
 target_compile_definitions(windows_tests PRIVATE DLL_HOST="$<TARGET_FILE:dll_host>"
                            DLL_UNLOAD="$<TARGET_FILE:dll_unload>")
 add_dependencies(windows_tests dll_host dll_plugin dll_unload)
