@@ -3,7 +3,6 @@
 
 #include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <random>
 #include <thread>
 
@@ -18,13 +17,6 @@
 namespace Drive::Bench {
 
 namespace {
-
-Collection::Collector::Options CollectorOptions(const Testing::TempFolder& folder) {
-  Collection::Collector::Options options;
-  options.dataFolder = folder.Path() / "collector";
-  options.database = ":memory:";
-  return options;
-}
 
 OperateLog::OperationLogger::Fields MakeFields(std::minstd_rand& random) {
   const auto number = [&random](unsigned below) { return std::to_wstring(random() % below); };
@@ -45,16 +37,13 @@ Platform::LocalTime StepClock::NowLocal() const {
       static_cast<int>(m_now % 1000)};
 }
 
-Product::Product() : m_collector(CollectorOptions(m_folder)) {
+Product::Product() : m_collector(Testing::CollectorIn(m_folder.Path())) {
   m_system.roaming = m_folder.Wide("roaming");
   m_system.local = m_folder.Wide("local");
   Platform::InstallSystem(&m_system);
   Platform::InstallClock(&m_clock);
   CommLog::GetInstance().SetLogFunc([](int, int, const std::string&, const std::string&) {});
-  const std::filesystem::path settings = m_folder.Path() / "local" / "TalvikCloud";
-  std::filesystem::create_directories(settings);
-  std::ofstream(settings / "SyncSetting.ini")
-      << "[Server]\nBaseUri=" << m_collector.Url() << "\nUbaUri=" << m_collector.Url() << "\n";
+  Testing::WriteSettings(m_folder.Path() / "local", m_collector.Url(), m_collector.Url());
 
   auto& logger = Bilog::BILogger::GetInstance();
   logger.InitDataBase(L"user-0123456789");
@@ -65,13 +54,8 @@ Product::Product() : m_collector(CollectorOptions(m_folder)) {
   g_accountBrandId = "1";
   g_diskType = "0";
   g_userGrade = "3";
-  Bilog::BiUbaDataType data;
+  auto data = Testing::SettingsFor(m_collector);
   data.userId = L"user-0123456789";
-  data.rsaPublicKey = m_collector.RsaPublicKeyHex();
-  data.accessToken = L"token-1";
-  data.pushLogMaxWaitTime = 60;
-  data.ubaSwitch = 1;
-  data.countryCode = "CN";
   logger.SetBiUbaDataPara(data);
 }
 

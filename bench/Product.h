@@ -7,6 +7,7 @@
 #include "drivelog/BiDataBase.h"
 #include "platform/Clock.h"
 #include "tests/support/FakeSystem.h"
+#include "tests/support/ProductFiles.h"
 #include "tests/support/TempFolder.h"
 
 namespace Drive::Bench {

@@ -28,13 +28,6 @@ namespace {
 constexpr milliseconds kOffset{700};
 constexpr std::uintmax_t kTooManyBytes = 600000000;
 
-Collection::Collector::Options CollectorOptions(const std::filesystem::path& keys) {
-  Collection::Collector::Options options;
-  options.dataFolder = keys;
-  options.database = ":memory:";
-  return options;
-}
-
 std::string NameOf(OperateLog::OperationBasicEventType type) {
   return TypeConvert::UnicodeToUTF8(std::wstring(OperateLog::EventName(type)));
 }
@@ -53,14 +46,13 @@ struct SimulatedProduct::Parts {
 };
 
 SimulatedProduct::SimulatedProduct(Proof& proof, const std::filesystem::path& keys, bool isStaggered)
-    : collector(CollectorOptions(keys)),
+    : collector(CollectorIn(keys)),
       ledger(proof, collector, clock),
       m_proof(proof),
       m_isStaggered(isStaggered) {
   system.roaming = folder.Wide("roaming");
   system.local = folder.Wide("local");
   Platform::InstallSystem(&system);
-  std::filesystem::create_directories(folder.Path() / "local" / "TalvikCloud");
   IPC::SetIpcEndpointName("drivelog-proof-" + std::to_string(std::hash<std::string>{}(folder.Narrow(""))));
   g_deviceId = L"device-1";
 }
@@ -68,17 +60,6 @@ SimulatedProduct::SimulatedProduct(Proof& proof, const std::filesystem::path& ke
 SimulatedProduct::~SimulatedProduct() {
   Bilog::BiDataBase::GetInstance() = Bilog::BiDataBase();
   Platform::InstallSystem(nullptr);
-}
-
-Bilog::BiUbaDataType SimulatedProduct::Settings() const {
-  Bilog::BiUbaDataType data;
-  data.userId = L"user-1";
-  data.rsaPublicKey = collector.RsaPublicKeyHex();
-  data.accessToken = L"token-1";
-  data.pushLogMaxWaitTime = 60;
-  data.ubaSwitch = 1;
-  data.countryCode = "CN";
-  return data;
 }
 
 void SimulatedProduct::Set(const Bilog::BiUbaDataType& settings) {
@@ -94,9 +75,7 @@ void SimulatedProduct::Started() {
 }
 
 void SimulatedProduct::Start(const Bilog::BiUbaDataType& settings, bool hasCollector, int unregistered) {
-  std::ofstream(folder.Path() / "local" / "TalvikCloud" / "SyncSetting.ini")
-      << "[Server]\nBaseUri=" << (hasCollector ? collector.Url() : "") << "\nUbaUri=" << collector.Url()
-      << "\nMacAddressEncrypt=device-1\n";
+  WriteSettings(folder.Path() / "local", hasCollector ? collector.Url() : "", collector.Url());
   Set(settings);
   ledger.conditions.hasCollector = hasCollector;
   ledger.conditions.isLoggedIn = false;

@@ -12,6 +12,7 @@
 #include "proofs/LockingClock.h"
 #include "tests/support/FakeSystem.h"
 #include "tests/support/FaultyVfs.h"
+#include "tests/support/ProductFiles.h"
 #include "tests/support/TempFolder.h"
 
 namespace Drive::Testing {
@@ -50,7 +51,7 @@ class SimulatedProduct {
   void InflateFile();  // above the size at which a start begins a new one
   void Heal();
 
-  Bilog::BiUbaDataType Settings() const;
+  Bilog::BiUbaDataType Settings() const { return SettingsFor(collector); }
 
   TempFolder folder;
   FakeSystem system;

@@ -1,4 +1,4 @@
-// ProductFiles.h - the files that a product and its collector find in a test's folder.
+// ProductFiles.h - what a product and its collector find in a test's folder, and what the product hands over.
 #pragma once
 
 #include <filesystem>
@@ -6,6 +6,7 @@
 #include <string>
 
 #include "collector/Collector.h"
+#include "drivelog/BiUbaDataType.h"
 
 namespace Drive::Testing {
 
@@ -23,6 +24,18 @@ inline void WriteSettings(const std::filesystem::path& local, const std::string&
   std::filesystem::create_directories(local / "TalvikCloud");
   std::ofstream(local / "TalvikCloud" / "SyncSetting.ini")
       << "[Server]\nBaseUri=" << baseUri << "\nUbaUri=" << ubaUri << "\nMacAddressEncrypt=device-1\n";
+}
+
+// What a product that uploads all three channels to the collector hands over, once a minute.
+inline Bilog::BiUbaDataType SettingsFor(const Collection::Collector& collector) {
+  Bilog::BiUbaDataType data;
+  data.userId = L"user-1";
+  data.rsaPublicKey = collector.RsaPublicKeyHex();
+  data.accessToken = L"token-1";
+  data.pushLogMaxWaitTime = 60;
+  data.ubaSwitch = 1;
+  data.countryCode = "CN";
+  return data;
 }
 
 }  // namespace Drive::Testing

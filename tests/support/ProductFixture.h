@@ -47,16 +47,7 @@ class ProductFixture : public testing::Test {
     Bilog::LogSettings::GetInstance().Reset();
   }
 
-  Bilog::BiUbaDataType Settings() const {
-    Bilog::BiUbaDataType data;
-    data.userId = L"user-1";
-    data.rsaPublicKey = m_collector.RsaPublicKeyHex();
-    data.accessToken = L"token-1";
-    data.pushLogMaxWaitTime = 60;
-    data.ubaSwitch = 1;
-    data.countryCode = "CN";
-    return data;
-  }
+  Bilog::BiUbaDataType Settings() const { return SettingsFor(m_collector); }
 
   // Rows of a channel that wait in the database.
   static std::size_t Stored(Channel channel) {
