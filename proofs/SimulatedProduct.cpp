@@ -89,7 +89,10 @@ void SimulatedProduct::Start(const Bilog::BiUbaDataType& settings, bool hasColle
 
   const bool isTooLarge =
       std::filesystem::exists(DatabaseFile()) && std::filesystem::file_size(DatabaseFile()) >= kTooManyBytes;
-  if (isTooLarge) ledger.LoseFile("file above 500 MiB at the start");
+  if (isTooLarge) {
+    ledger.LoseFile("file above 500 MiB at the start");
+    m_isDamaged = false;  // a new file replaces it
+  }
   Bilog::BILogger::GetInstance().InitDataBase(L"user-1");
   ledger.Watch();
   g_certPath = std::filesystem::u8path(collector.CaPath()).wstring();
